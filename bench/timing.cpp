@@ -1,0 +1,43 @@
+#include "timing.h"
+
+#include <algorithm>
+#include <chrono>
+
+namespace kfpg::bench {
+
+namespace {
+
+double secondsFor(const Body& body, long calls) {
+    const auto t0 = std::chrono::steady_clock::now();
+    body(calls);
+    const auto t1 = std::chrono::steady_clock::now();
+    return std::chrono::duration<double>(t1 - t0).count();
+}
+
+long calibrate(const Body& body, double batchSeconds) {
+    long calls = 1;
+    while (calls < (1L << 30) && secondsFor(body, calls) < batchSeconds) calls *= 2;
+    return calls;
+}
+
+}  // namespace
+
+std::vector<double> interleavedMedians(const std::vector<Body>& bodies, int rounds, double batchSeconds) {
+    std::vector<long> calls;
+    for (const Body& b : bodies) {
+        calls.push_back(calibrate(b, batchSeconds));
+        b(calls.back());  // warm-up
+    }
+    std::vector<std::vector<double>> samples(bodies.size());
+    for (int r = 0; r < rounds; ++r)
+        for (std::size_t i = 0; i < bodies.size(); ++i)
+            samples[i].push_back(secondsFor(bodies[i], calls[i]) * 1e9 / static_cast<double>(calls[i]));
+    std::vector<double> medians;
+    for (auto& s : samples) {
+        std::nth_element(s.begin(), s.begin() + s.size() / 2, s.end());
+        medians.push_back(s[s.size() / 2]);
+    }
+    return medians;
+}
+
+}  // namespace kfpg::bench

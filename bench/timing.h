@@ -1,0 +1,25 @@
+// Interleaved timing for side-by-side comparisons on a noisy machine.
+#pragma once
+
+#include <functional>
+#include <vector>
+
+namespace kfpg::bench {
+
+// Runs the timed operation `calls` times back to back.
+using Body = std::function<void(long calls)>;
+
+// Times every body in interleaved rounds (body 0, body 1, ..., then again),
+// so that a slow spell of the machine hits all of them alike, and returns each
+// body's median nanoseconds per call. Each body is first calibrated to a batch
+// of about `batchSeconds` and warmed up so that its data sits in L1.
+std::vector<double> interleavedMedians(const std::vector<Body>& bodies, int rounds = 41,
+                                       double batchSeconds = 1e-4);
+
+// Keeps the compiler from discarding a computed value.
+template <class T>
+inline void keep(T const& value) {
+    asm volatile("" : : "g"(&value) : "memory");
+}
+
+}  // namespace kfpg::bench
