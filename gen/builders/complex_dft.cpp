@@ -189,10 +189,7 @@ private:
         const long g = primitiveRoot(p), gInv = inverseMod(g, p);
         Signal a(m);
         for (int j = 0; j < m; ++j) a[j] = x[powMod(g, j, p)];
-        std::vector<Complex> b(m);
-        for (int j = 0; j < m; ++j) b[j] = unitRoot(powMod(gInv, j, p), p, sign);
-        std::vector<Complex> spectrum = naiveDft(b, sign);
-        for (Complex& v : spectrum) v /= static_cast<Real>(m);
+        const std::vector<Complex> spectrum = raderSpectrum(p, static_cast<int>(g), sign);
 
         const Signal A = transform(m, a, sign, group, false);
         const NodeId x0 = group == 1 ? gather({x[0]}) : zeroUpperLanes(x[0]);
@@ -228,6 +225,16 @@ private:
 };
 
 }  // namespace
+
+std::vector<Complex> raderSpectrum(int p, int g, int sign) {
+    const int m = p - 1;
+    const long gInv = inverseMod(g, p);
+    std::vector<Complex> b(m);
+    for (int j = 0; j < m; ++j) b[j] = unitRoot(powMod(gInv, j, p), p, sign);
+    std::vector<Complex> spectrum = naiveDft(b, sign);
+    for (Complex& v : spectrum) v /= static_cast<Real>(m);
+    return spectrum;
+}
 
 void buildComplexDft(Dag& dag, int n, const ComplexDftOptions& options) {
     Builder builder(dag, options);
