@@ -101,19 +101,25 @@ Dag rodftDag(int m) {
     return dag;
 }
 
+// The generator writes the fixed-size parts of the stage loops out in full.
+template <class F>
+std::string lines(int count, F line) {
+    std::string out;
+    for (int i = 0; i < count; ++i) out += line(i);
+    return out;
+}
+std::string num(long v) { return std::to_string(v); }
+
 const char* kLeaf = R"(void owngDCT4_leaf_$N_$P(const $T* x, int n, $T* dst, int v, int rootD) {
     const long stride = 2L * v;
     for (int lane = 0; lane < v; lane += $L) {
-        const long offset = 2L * lane - lane % rootD;
+        // Lane l reads u[2l - (l mod d) + 2v j]; rootD is a power of two.
+        const long offset = 2L * lane - (lane & (rootD - 1));
         const $T* fwd = x + offset;
         const $T* refl = x + (2L * n - $L) - offset;
         $T* out = dst + lane;
         alignas(16) $T rev[$H * $L];
-        for (int j = 0; j < $H; ++j) {
-            const $V r = _mm_loadu_$S(refl - ($H + j) * stride);
-            _mm_store_$S(rev + $L * j, $REVERSE);
-        }
-$BODY    }
+$stage$body    }
 }
 )";
 
@@ -127,8 +133,12 @@ std::string leafKernel(const Target& t, int m, OpCounts& counts) {
         [](int e) { return "out + " + std::to_string(e) + "L * v"; }));
     counts = r.counts;
     auto w = words(t, m);
-    w["$REVERSE"] = t.f32() ? "_mm_shuffle_ps(r, r, 0x1B)" : "_mm_shuffle_pd(r, r, 1)";
-    w["$BODY"] = indent(r.body);
+    // The reflected half, lanes reversed (the DAG negates it).
+    w["$stage"] = lines(m / 2, [&](int j) {
+        return "        _mm_store_" + t.sfx() + "(rev + " + num(t.lanes() * j) + ", reversed(_mm_loadu_" + t.sfx() +
+               "(refl - " + num(m / 2 + j) + " * stride)));\n";
+    });
+    w["$body"] = indent(r.body);
     return fill(kLeaf, w);
 }
 
@@ -161,62 +171,40 @@ Dag outputDag(int d) {
     return dag;
 }
 
-const char* kOutput32 = R"(void owngDCT4_output_$N_32f(const float* w, float* y, int n, const float* table) {
+const char* kOutput = R"(void owngDCT4_output_$N_$P(const $T* w, $T* y, int n, const $T* table) {
     const int m = n / (2 * $N), M = 2 * m;
-    for (int g = 0; g < m / 4; ++g) {
-        const int i0 = 4 * g;
-        const float* tab = table + g * (2 * $N * 4);
-        alignas(16) float a[$N * 4], b[$N * 4], hi[$N * 4];
-        for (int j = 0; j < $N; j += 4) {
-            __m128 re[4], im[4];
-            for (int t = 0; t < 4; ++t) {
-                re[t] = _mm_load_ps(w + (2 * (i0 + t)) * $N + j);
-                im[t] = _mm_load_ps(w + (2 * (i0 + t) + 1) * $N + j);
-            }
-            _MM_TRANSPOSE4_PS(re[0], re[1], re[2], re[3]);
-            _MM_TRANSPOSE4_PS(im[0], im[1], im[2], im[3]);
-            for (int t = 0; t < 4; ++t) {
-                const __m128 c = _mm_load_ps(tab + 2 * (j + t) * 4), s = _mm_load_ps(tab + (2 * (j + t) + 1) * 4);
-                _mm_store_ps(a + 4 * (j + t), _mm_add_ps(_mm_mul_ps(re[t], c), _mm_mul_ps(im[t], s)));
-                // The DST-II runs as a DCT-II of the alternating sequence.
-                const __m128 bt = _mm_sub_ps(_mm_mul_ps(im[t], c), _mm_mul_ps(re[t], s));
-                _mm_store_ps(b + 4 * (j + t), t % 2 ? _mm_sub_ps(_mm_setzero_ps(), bt) : bt);
-            }
-        }
-$BODY        for (int p = 1; p <= $N; ++p) {
-            const __m128 v = _mm_load_ps(hi + 4 * (p - 1));
-            _mm_storeu_ps(y + M * p - 4 - i0, _mm_shuffle_ps(v, v, 0x1B));
-        }
-    }
+    for (int g = 0; g < m / $L; ++g) {
+        const int i0 = $L * g;
+        const $T* tab = table + g * (2 * $N * $L);
+        const $T* rows = w + 2L * i0 * $N;
+        alignas(16) $T a[$N * $L], b[$N * $L], hi[$N * $L];
+$gather$body$scatter    }
 }
 )";
 
-const char* kOutput64 = R"(void owngDCT4_output_$N_64f(const double* w, double* y, int n, const double* table) {
-    const int m = n / (2 * $N), M = 2 * m;
-    for (int g = 0; g < m / 2; ++g) {
-        const int i0 = 2 * g;
-        const double* tab = table + g * (2 * $N * 2);
-        alignas(16) double a[$N * 2], b[$N * 2], hi[$N * 2];
-        for (int j = 0; j < $N; j += 2) {
-            const __m128d r0 = _mm_load_pd(w + (2 * i0) * $N + j), r1 = _mm_load_pd(w + (2 * i0 + 2) * $N + j);
-            const __m128d m0 = _mm_load_pd(w + (2 * i0 + 1) * $N + j), m1 = _mm_load_pd(w + (2 * i0 + 3) * $N + j);
-            const __m128d re[2] = {_mm_unpacklo_pd(r0, r1), _mm_unpackhi_pd(r0, r1)};
-            const __m128d im[2] = {_mm_unpacklo_pd(m0, m1), _mm_unpackhi_pd(m0, m1)};
-            for (int t = 0; t < 2; ++t) {
-                const __m128d c = _mm_load_pd(tab + 2 * (j + t) * 2), s = _mm_load_pd(tab + (2 * (j + t) + 1) * 2);
-                _mm_store_pd(a + 2 * (j + t), _mm_add_pd(_mm_mul_pd(re[t], c), _mm_mul_pd(im[t], s)));
-                // The DST-II runs as a DCT-II of the alternating sequence.
-                const __m128d bt = _mm_sub_pd(_mm_mul_pd(im[t], c), _mm_mul_pd(re[t], s));
-                _mm_store_pd(b + 2 * (j + t), t % 2 ? _mm_sub_pd(_mm_setzero_pd(), bt) : bt);
-            }
+// Rows 2i + c of the work array, transposed so that lane = i, rotated by the
+// table pair of r; b alternates in sign (the DST-II runs as a DCT-II).
+std::string outputGather(const Target& t, int d) {
+    const int l = t.lanes();
+    std::string out;
+    for (int j = 0; j < d; j += l) {
+        out += "        {\n";
+        for (int i = 0; i < l; ++i)
+            out += "            " + t.vec() + " re" + num(i) + " = _mm_load_" + t.sfx() + "(rows + " + num(2 * i * d + j) +
+                   "), im" + num(i) + " = _mm_load_" + t.sfx() + "(rows + " + num((2 * i + 1) * d + j) + ");\n";
+        out += t.f32() ? "            transpose(re0, re1, re2, re3);\n            transpose(im0, im1, im2, im3);\n"
+                       : "            transpose(re0, re1);\n            transpose(im0, im1);\n";
+        for (int i = 0; i < l; ++i) {
+            const int r = j + i;
+            out += "            rotate(re" + num(i) + ", im" + num(i) + ", tab + " + num(2 * r * l) + ");\n";
+            out += "            _mm_store_" + t.sfx() + "(a + " + num(l * r) + ", re" + num(i) + ");\n";
+            out += "            _mm_store_" + t.sfx() + "(b + " + num(l * r) + ", " +
+                   (r % 2 ? "negated(im" + num(i) + ")" : "im" + num(i)) + ");\n";
         }
-$BODY        for (int p = 1; p <= $N; ++p) {
-            const __m128d v = _mm_load_pd(hi + 2 * (p - 1));
-            _mm_storeu_pd(y + M * p - 2 - i0, _mm_shuffle_pd(v, v, 1));
-        }
+        out += "        }\n";
     }
+    return out;
 }
-)";
 
 std::string outputKernel(const Target& t, int d, OpCounts& counts) {
     const Dag dag = outputDag(d);
@@ -228,8 +216,14 @@ std::string outputKernel(const Target& t, int d, OpCounts& counts) {
         }));
     counts = r.counts;
     auto w = words(t, d);
-    w["$BODY"] = indent(r.body);
-    return fill(t.f32() ? kOutput32 : kOutput64, w);
+    w["$gather"] = outputGather(t, d);
+    w["$body"] = indent(r.body);
+    // The differences A[p] - B[p] go to y[M p - 1 - i], lanes reversed.
+    w["$scatter"] = lines(d, [&](int q) {
+        return "        _mm_storeu_" + t.sfx() + "(y + " + num(q + 1) + "L * M - " + num(t.lanes()) +
+               " - i0, reversed(_mm_load_" + t.sfx() + "(hi + " + num(t.lanes() * q) + ")));\n";
+    });
+    return fill(kOutput, w);
 }
 
 // ---- Complex DFT of size n on (re, im) values: inputs re 0..n-1, im n..2n-1;
@@ -257,7 +251,7 @@ Dag pairDftDag(int n, bool conjugateUpperHalf) {
     return dag;
 }
 
-// Twiddled loads of the d' sub-results: element k of group g, lane block.
+// The d' sub-results of group g for one lane block go through re/im.
 const char* kSplitHead = R"(void owngDCT4_split_$N_$P(const $T* src, $T* dst, int v, int groups, int sub, const $T* table) {
     const long row = static_cast<long>(v) * $N, step = 2L * sub * v;
     for (int g = 0; g < groups; ++g) {
@@ -267,20 +261,6 @@ const char* kSplitHead = R"(void owngDCT4_split_$N_$P(const $T* src, $T* dst, in
             $T* lo = dst + 2L * g * v + lane;
             $T* hi = dst + 2L * (sub - 1 - g) * v + lane;
             alignas(16) $T re[$N * $L], im[$N * $L];
-            for (int k = 0; k < $N; ++k) {
-                _mm_store_$S(re + $L * k, _mm_loadu_$S(in + k * v));
-                _mm_store_$S(im + $L * k, _mm_loadu_$S(in + row + k * v));
-            }
-)";
-
-const char* kRotate = R"(            for (int k = $from; k < $upto; ++k) {
-                const int e = $entry;
-                if (e < 0) continue;
-                const $V c = _mm_load_$S(tab + 2 * e * $L), s = _mm_load_$S(tab + (2 * e + 1) * $L);
-                const $V r = _mm_load_$S(re + $L * k), i = _mm_load_$S(im + $L * k);
-                _mm_store_$S(re + $L * k, _mm_add_$S(_mm_mul_$S(r, c), _mm_mul_$S(i, s)));
-                _mm_store_$S(im + $L * k, _mm_sub_$S(_mm_mul_$S(i, c), _mm_mul_$S(r, s)));
-            }
 )";
 
 // Store target of DFT output k of a split: row k of the lower block or, for
@@ -298,10 +278,25 @@ std::string splitKernel(const Target& t, int d, OpCounts& counts) {
     const int l = t.lanes();
     auto w = words(t, d);
     std::string code = fill(kSplitHead, w);
-    auto rotate = [&](int first, int last, const std::string& entry) {
-        auto rw = w;
-        rw["$from"] = std::to_string(first), rw["$upto"] = std::to_string(last), rw["$entry"] = entry;
-        code += fill(kRotate, rw);
+    // Loads value k of the block, rotated by table pair entry(k) (none when negative).
+    auto load = [&](auto entry) {
+        for (int k = 0; k < d; ++k) {
+            const std::string rk = "r" + num(k), ik = "i" + num(k);
+            code += "            {\n                " + t.vec() + " " + rk + " = _mm_loadu_" + t.sfx() + "(in + " + num(k) +
+                    "L * v), " + ik + " = _mm_loadu_" + t.sfx() + "(in + row + " + num(k) + "L * v);\n";
+            if (entry(k) >= 0) code += "                rotate(" + rk + ", " + ik + ", tab + " + num(2 * entry(k) * l) + ");\n";
+            code += "                _mm_store_" + t.sfx() + "(re + " + num(l * k) + ", " + rk + ");\n";
+            code += "                _mm_store_" + t.sfx() + "(im + " + num(l * k) + ", " + ik + ");\n            }\n";
+        }
+    };
+    auto rotateInPlace = [&](auto entry) {
+        for (int k = 0; k < d; ++k) {
+            if (entry(k) < 0) continue;
+            code += "            {\n                " + t.vec() + " r = _mm_load_" + t.sfx() + "(re + " + num(l * k) +
+                    "), i = _mm_load_" + t.sfx() + "(im + " + num(l * k) + ");\n                rotate(r, i, tab + " +
+                    num(2 * entry(k) * l) + ");\n                _mm_store_" + t.sfx() + "(re + " + num(l * k) +
+                    ", r);\n                _mm_store_" + t.sfx() + "(im + " + num(l * k) + ", i);\n            }\n";
+        }
     };
     auto add = [&](const OpCounts& c) {
         counts.arithmetic += c.arithmetic, counts.shuffles += c.shuffles;
@@ -310,7 +305,7 @@ std::string splitKernel(const Target& t, int d, OpCounts& counts) {
     if (d == 32) {
         // Radix 8 over a (n2 = 4a + b) after twiddles pi L a/4, then in eight
         // rounds t twiddles pi (L + t) b/16 and radix 4 over b.
-        rotate(4, 32, "k / 4 - 1");
+        load([](int k) { return k / 4 - 1; });
         const Dag eight = pairDftDag(8, false);
         for (int b = 0; b < 4; ++b) {
             auto at = [b, l](int i) {
@@ -324,7 +319,7 @@ std::string splitKernel(const Target& t, int d, OpCounts& counts) {
             add(r.counts);
             code += block(r.body);
         }
-        rotate(0, 32, "k % 4 ? 7 + 3 * (k / 4) + k % 4 - 1 : -1");
+        rotateInPlace([](int k) { return k % 4 ? 7 + 3 * (k / 4) + k % 4 - 1 : -1; });
         const Dag four = pairDftDag(4, true);
         for (int round = 0; round < 8; ++round) {
             // Output k2 of round t is DFT output t + 8 k2; k2 >= 2 lands in the upper half.
@@ -340,7 +335,7 @@ std::string splitKernel(const Target& t, int d, OpCounts& counts) {
             code += block(r.body);
         }
     } else {
-        rotate(1, d, "k - 1");
+        load([](int k) { return k - 1; });
         const Dag dag = pairDftDag(d, true);
         const EmitResult r = emitBody(dag, vertical(
             t, [d, l](int i) { return std::string(i < d ? "re" : "im") + " + " + std::to_string(l * (i % d)); },
@@ -394,7 +389,7 @@ std::string indent(const std::string& body) {
 void generate(SourceSet& out) {
     out.setPreamble(
         "// Generated by kfpg_gen: the DCT-IV compute stages. Do not edit.\n"
-        "#include <emmintrin.h>\n#include <xmmintrin.h>\n\n#include \"dct4/codelets.h\"\n");
+        "#include <emmintrin.h>\n#include <xmmintrin.h>\n\n#include \"dct4/codelets.h\"\n#include \"dct4/stage_helpers.h\"\n");
     char header[160];
     std::snprintf(header, sizeof header, "%-30s %6s %6s %6s", "function", "arith", "shuf", "ld/st");
     out.reportLine(header);
