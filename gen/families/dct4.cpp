@@ -362,7 +362,28 @@ Dag directDag(int n) {
     return dag;
 }
 
+// Length 32 runs the split path on one vector group: R_8 on d = 4 lanes into
+// a local work array, then the d = 4 output side with its twiddles as
+// constants (the layout of the plan's env4 table).
+std::string splitDirect32(const Target& t) {
+    const int n = 32, d = 4, m = n / (2 * d), l = t.lanes();
+    std::string table;
+    for (int g = 0; g < m / l; ++g)
+        for (int k = 0; k < 2 * d; ++k)
+            for (int j = 0; j < l; ++j) {
+                const long angle = static_cast<long>(2 * (l * g + j) + 1) * (2 * (k / 2) + 1);
+                const Real value = k % 2 ? sinPiRatio(angle, 4 * n) : cosPiRatio(angle, 4 * n);
+                table += (table.empty() ? "" : ", ") + literal(value, t.precision);
+            }
+    return "void owngDCT4_direct_32_" + t.tag() + "(const " + t.real() + "* x, " + t.real() + "* y) {\n" +
+           "    alignas(16) static const " + t.real() + " kTwiddles[] = {" + table + "};\n" +
+           "    alignas(16) " + t.real() + " work[32];\n" +
+           "    owngDCT4_leaf_8_" + t.tag() + "(x, 32, work, 4, 4);\n" +
+           "    owngDCT4_output_4_" + t.tag() + "(work, y, 32, kTwiddles);\n}\n";
+}
+
 std::string directKernel(const Target& t, int n, OpCounts& counts) {
+    if (n == 32) return splitDirect32(t);
     EmitOptions o;
     o.mode = EmitMode::Scalar;
     o.precision = t.precision;
