@@ -17,6 +17,11 @@ enum class EmitMode {
 
 enum class Precision { F32, F64 };
 
+// Order of the computed values: depth-first from the outputs (each value
+// close to its use), or the order in which the builder created them (keeps
+// a recursive builder's locality: fewer spills in large vertical bodies).
+enum class EmitOrder { DepthFirst, Creation };
+
 struct EmitOptions {
     EmitMode mode = EmitMode::ComplexVector;
     Precision precision = Precision::F64;
@@ -29,6 +34,7 @@ struct EmitOptions {
     std::function<std::string(int)> load, store;
     // Variable multiplied into every output as the last step; empty: none.
     std::string scaleVar;
+    EmitOrder order = EmitOrder::DepthFirst;
 };
 
 struct OpCounts {
