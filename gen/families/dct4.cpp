@@ -113,7 +113,35 @@ std::string num(long v) { return std::to_string(v); }
 
 const char* kLeaf = R"(void owngDCT4_leaf_$N_$P(const $T* x, int n, $T* dst, int v, int rootD) {
     const long stride = 2L * v;
-    for (int lane = 0; lane < v; lane += $L) {
+    int lane = 0;
+    if (v >= 64 && (rootD & (4 * $L - 1)) == 0) {
+        // Long strides: four lane groups (one cache line of every row) at a
+        // time through local blocks, so that each line of the strided rows is
+        // read and written once instead of once per group.
+        for (; lane < v; lane += 4 * $L) {
+            const long offset = 2L * lane - (lane & (rootD - 1));
+            const $T* fwdRow = x + offset;
+            const $T* reflRow = x + (2L * n - 4 * $L) - offset;
+            alignas(64) $T inBlock[$N * 4 * $L], outBlock[$N * 4 * $L];
+            for (int j = 0; j < $H; ++j)
+                for (int q = 0; q < 4 * $L; q += $L) {
+                    _mm_store_$S(inBlock + j * 4 * $L + q, _mm_loadu_$S(fwdRow + j * stride + q));
+                    _mm_store_$S(inBlock + ($H + j) * 4 * $L + q, _mm_loadu_$S(reflRow - ($H + j) * stride + q));
+                }
+            for (int group = 0; group < 4; ++group) {
+                const long stride = 4 * $L;
+                const int v = 4 * $L;
+                const $T* fwd = inBlock + $L * group;
+                const $T* refl = inBlock + $L * (3 - group) + $H * stride;
+                $T* out = outBlock + $L * group;
+                alignas(16) $T rev[$H * $L];
+$blockstage$blockbody            }
+            for (int e = 0; e < $N; ++e)
+                for (int q = 0; q < 4 * $L; q += $L)
+                    _mm_storeu_$S(dst + e * static_cast<long>(v) + lane + q, _mm_load_$S(outBlock + e * 4 * $L + q));
+        }
+    }
+    for (; lane < v; lane += $L) {
         // Lane l reads u[2l - (l mod d) + 2v j]; rootD is a power of two.
         const long offset = 2L * lane - (lane & (rootD - 1));
         const $T* fwd = x + offset;
@@ -140,6 +168,11 @@ std::string leafKernel(const Target& t, int m, OpCounts& counts) {
                "(refl - " + num(m / 2 + j) + " * stride)));\n";
     });
     w["$body"] = indent(r.body);
+    w["$blockstage"] = lines(m / 2, [&](int j) {
+        return "                _mm_store_" + t.sfx() + "(rev + " + num(t.lanes() * j) + ", reversed(_mm_load_" + t.sfx() +
+               "(refl + " + num(j) + " * stride)));\n";
+    });
+    w["$blockbody"] = indent(indent(indent(r.body)));
     return fill(kLeaf, w);
 }
 
