@@ -7,7 +7,8 @@
 //                             then a DCT-II/DST-II pair of size d;
 //   owngDCT4_split_<d'>_<p>:  output side of a recursive split, twiddles by
 //                             the plan's table, then a complex DFT of size d';
-//   owngDCT4_direct_<N>_<p>:  DCT-IV of length N, scalar.
+//   owngDCT4_direct_<N>_<p>:  DCT-IV of length N: scalar up to 16, 32 as the
+//                             split path on one vector group.
 // Every body is checked in long double against a naive transform first.
 #include <cmath>
 #include <cstdio>
@@ -25,8 +26,6 @@ namespace kfpg::gen {
 
 namespace {
 
-constexpr Real kPi = 3.14159265358979323846264338327950288L;
-
 struct Target {
     Precision precision;
     bool f32() const { return precision == Precision::F32; }
@@ -37,7 +36,9 @@ struct Target {
     std::string sfx() const { return f32() ? "ps" : "pd"; }
 };
 
-// Replaces every "$name" of the table in a text skeleton.
+// Replaces every "$key" of the table in a text skeleton, in key order: the
+// one-letter keys are upper case and the longer ones lower case, so that no
+// key is the start of another.
 std::string fill(std::string text, const std::map<std::string, std::string>& values) {
     for (const auto& [key, value] : values)
         for (std::size_t at; (at = text.find(key)) != std::string::npos;) text.replace(at, key.size(), value);
