@@ -208,7 +208,31 @@ Dag outputDag(int d) {
 
 const char* kOutput = R"(void owngDCT4_output_$N_$P(const $T* w, $T* y, int n, const $T* table) {
     const int m = n / (2 * $N), M = 2 * m;
-    for (int g = 0; g < m / $L; ++g) {
+    int g = 0;
+    // Long output rows: four groups (one cache line of every output row) at
+    // a time through local blocks, so that each line is written once.
+    for (; M >= 512 && g + 4 <= m / $L; g += 4) {
+        alignas(64) $T loBlock[$N * 4 * $L], hiBlock[$N * 4 * $L];
+        for (int group = 0; group < 4; ++group) {
+            const int i0 = $L * (g + group);
+            const $T* tab = table + (g + group) * (2 * $N * $L);
+            const $T* rows = w + 2L * i0 * $N;
+            alignas(16) $T a[$N * $L], b[$N * $L], hi[$N * $L];
+$gather            {
+                const int M = 4 * $L, i0 = 0;
+                $T* y = loBlock + $L * group;
+$blockbody            }
+            for (int q = 0; q < $N; ++q)
+                _mm_store_$S(hiBlock + q * 4 * $L + (3 - group) * $L, reversed(_mm_load_$S(hi + $L * q)));
+        }
+        const int base = $L * g;
+        for (int p = 0; p < $N; ++p)
+            for (int q = 0; q < 4 * $L; q += $L) {
+                _mm_storeu_$S(y + static_cast<long>(M) * p + base + q, _mm_load_$S(loBlock + p * 4 * $L + q));
+                _mm_storeu_$S(y + static_cast<long>(M) * (p + 1) - 4 * $L - base + q, _mm_load_$S(hiBlock + p * 4 * $L + q));
+            }
+    }
+    for (; g < m / $L; ++g) {
         const int i0 = $L * g;
         const $T* tab = table + g * (2 * $N * $L);
         const $T* rows = w + 2L * i0 * $N;
@@ -253,6 +277,7 @@ std::string outputKernel(const Target& t, int d, OpCounts& counts) {
     auto w = words(t, d);
     w["$gather"] = outputGather(t, d);
     w["$body"] = indent(r.body);
+    w["$blockbody"] = indent(indent(r.body));
     // The differences A[p] - B[p] go to y[M p - 1 - i], lanes reversed.
     w["$scatter"] = lines(d, [&](int q) {
         return "        _mm_storeu_" + t.sfx() + "(y + " + num(q + 1) + "L * M - " + num(t.lanes()) +
