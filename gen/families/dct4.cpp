@@ -311,7 +311,7 @@ Dag pairDftDag(int n, bool conjugateUpperHalf) {
     return dag;
 }
 
-// The d' sub-results of group g for one lane block go through re/im.
+// The d' sub-results of group g for one lane block, held in re<k>, im<k>.
 const char* kSplitHead = R"(void owngDCT4_split_$N_$P(const $T* src, $T* dst, int v, int groups, int sub, const $T* table) {
     const long row = static_cast<long>(v) * $N, step = 2L * sub * v;
     for (int g = 0; g < groups; ++g) {
@@ -320,7 +320,6 @@ const char* kSplitHead = R"(void owngDCT4_split_$N_$P(const $T* src, $T* dst, in
             const $T* in = src + 2 * g * row + lane;
             $T* lo = dst + 2L * g * v + lane;
             $T* hi = dst + 2L * (sub - 1 - g) * v + lane;
-            alignas(16) $T re[$N * $L], im[$N * $L];
 )";
 
 // Store target of DFT output k of a split: row k of the lower block or, for
@@ -341,22 +340,16 @@ std::string splitKernel(const Target& t, int d, OpCounts& counts) {
     // Loads value k of the block, rotated by table pair entry(k) (none when negative).
     auto load = [&](auto entry) {
         for (int k = 0; k < d; ++k) {
-            const std::string rk = "r" + num(k), ik = "i" + num(k);
-            code += "            {\n                " + t.vec() + " " + rk + " = _mm_loadu_" + t.sfx() + "(in + " + num(k) +
-                    "L * v), " + ik + " = _mm_loadu_" + t.sfx() + "(in + row + " + num(k) + "L * v);\n";
-            if (entry(k) >= 0) code += "                rotate(" + rk + ", " + ik + ", tab + " + num(2 * entry(k) * l) + ");\n";
-            code += "                _mm_store_" + t.sfx() + "(re + " + num(l * k) + ", " + rk + ");\n";
-            code += "                _mm_store_" + t.sfx() + "(im + " + num(l * k) + ", " + ik + ");\n            }\n";
+            code += "            " + t.vec() + " re" + num(k) + " = _mm_loadu_" + t.sfx() + "(in + " + num(k) + "L * v), im" +
+                    num(k) + " = _mm_loadu_" + t.sfx() + "(in + row + " + num(k) + "L * v);\n";
+            if (entry(k) >= 0)
+                code += "            rotate(re" + num(k) + ", im" + num(k) + ", tab + " + num(2 * entry(k) * l) + ");\n";
         }
     };
     auto rotateInPlace = [&](auto entry) {
-        for (int k = 0; k < d; ++k) {
-            if (entry(k) < 0) continue;
-            code += "            {\n                " + t.vec() + " r = _mm_load_" + t.sfx() + "(re + " + num(l * k) +
-                    "), i = _mm_load_" + t.sfx() + "(im + " + num(l * k) + ");\n                rotate(r, i, tab + " +
-                    num(2 * entry(k) * l) + ");\n                _mm_store_" + t.sfx() + "(re + " + num(l * k) +
-                    ", r);\n                _mm_store_" + t.sfx() + "(im + " + num(l * k) + ", i);\n            }\n";
-        }
+        for (int k = 0; k < d; ++k)
+            if (entry(k) >= 0)
+                code += "            rotate(re" + num(k) + ", im" + num(k) + ", tab + " + num(2 * entry(k) * l) + ");\n";
     };
     auto add = [&](const OpCounts& c) {
         counts.arithmetic += c.arithmetic, counts.shuffles += c.shuffles;
@@ -368,14 +361,12 @@ std::string splitKernel(const Target& t, int d, OpCounts& counts) {
         load([](int k) { return k / 4 - 1; });
         const Dag eight = pairDftDag(8, false);
         for (int b = 0; b < 4; ++b) {
-            auto at = [b, l](int i) {
-                const int k = i % 8, part = i / 8 % 2;  // inputs and outputs alike: re 0..7, im 8..15
-                return std::string(part ? "im" : "re") + " + " + std::to_string(l * (4 * k + b));
+            auto at = [b](int i) {
+                const int k = i % 8, part = i / 8 % 2;  // inputs re 0..7, im 8..15
+                return std::string(part ? "&im" : "&re") + num(4 * k + b);
             };
             const EmitResult r = emitBody(eight, vertical(
-                t, at, [b, l](int e) {
-                    return std::string(e % 2 ? "im" : "re") + " + " + std::to_string(l * (4 * (e / 2) + b));
-                }));
+                t, at, [b](int e) { return std::string(e % 2 ? "&im" : "&re") + num(4 * (e / 2) + b); }));
             add(r.counts);
             code += block(r.body);
         }
@@ -384,9 +375,7 @@ std::string splitKernel(const Target& t, int d, OpCounts& counts) {
         for (int round = 0; round < 8; ++round) {
             // Output k2 of round t is DFT output t + 8 k2; k2 >= 2 lands in the upper half.
             const EmitResult r = emitBody(four, vertical(
-                t, [round, l](int i) {
-                    return std::string(i < 4 ? "re" : "im") + " + " + std::to_string(l * (4 * round + i % 4));
-                },
+                t, [round](int i) { return std::string(i < 4 ? "&re" : "&im") + num(4 * round + i % 4); },
                 [round](int e) {
                     const int k = round + 8 * (e / 2);
                     return splitStore(32, k, e % 2);
@@ -398,7 +387,7 @@ std::string splitKernel(const Target& t, int d, OpCounts& counts) {
         load([](int k) { return k - 1; });
         const Dag dag = pairDftDag(d, true);
         const EmitResult r = emitBody(dag, vertical(
-            t, [d, l](int i) { return std::string(i < d ? "re" : "im") + " + " + std::to_string(l * (i % d)); },
+            t, [d](int i) { return std::string(i < d ? "&re" : "&im") + num(i % d); },
             [d](int e) { return splitStore(d, e / 2, e % 2); }));
         add(r.counts);
         code += indent(indent(r.body));
