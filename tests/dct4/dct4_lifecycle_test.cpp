@@ -118,7 +118,7 @@ TYPED_TEST(Dct4Lifecycle, GuardedExactBlocks) {
             ASSERT_EQ(Api::init(&spec, n, block), StatusOk) << "N=" << n;
             EXPECT_EQ(reinterpret_cast<std::uintptr_t>(spec), firstObject<TypeParam>(block));
             const auto* arena = reinterpret_cast<const Arena*>(block);
-            EXPECT_LE(arena->next, block + size) << "N=" << n << " takes more than reported";
+            EXPECT_LE(arenaNext(arena), block + size) << "N=" << n << " takes more than reported";
             ASSERT_EQ(Api::run(x.data(), got.data(), spec), StatusOk);
             ASSERT_EQ(0, std::memcmp(got.data(), want.data(), n * sizeof(TypeParam))) << "N=" << n;
         }
@@ -220,13 +220,13 @@ TYPED_TEST(Dct4Lifecycle, ReleaseRestoresTheArena) {
         auto* root = reinterpret_cast<Env1<TypeParam>*>(spec);
         root->del(root);
         kfpg::dct4::kfpgArenaFree(arena, root, 80);
-        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(arena->next), firstObject<TypeParam>(block.data())) << n;
+        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(arenaNext(arena)), firstObject<TypeParam>(block.data())) << n;
     }
     // A failed build releases everything it had registered.
     for (int n : {3, 6, 34, 40, 48, 96, 192, 12288}) {
         typename Api::Spec* spec = nullptr;
         ASSERT_EQ(Api::init(&spec, n, block.data()), StatusSizeError) << n;
-        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(arena->next), firstObject<TypeParam>(block.data())) << n;
+        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(arenaNext(arena)), firstObject<TypeParam>(block.data())) << n;
     }
 }
 

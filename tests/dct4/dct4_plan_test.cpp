@@ -25,8 +25,8 @@ struct TestArena {
     explicit TestArena(std::size_t bytes = 1 << 16) : block(bytes) {}
     std::vector<unsigned char> block;
     Arena* arena = arenaInBlock(block.data());
-    unsigned char* start = arena->next;
-    long used() const { return arena->next - start; }
+    unsigned char* start = arenaNext(arena);
+    long used() const { return arenaNext(arena) - start; }
 };
 
 TEST(Dct4Arena, AlignSize) {
@@ -60,8 +60,8 @@ TEST(Dct4Arena, FirstObjectPosition) {
     for (int shift = 0; shift < 64; ++shift) {
         unsigned char* block = storage.data() + shift;
         Arena* arena = arenaInBlock(block);
-        const long offset = arena->next - block;
-        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(arena->next) % 32, 0u);
+        const long offset = arenaNext(arena) - block;
+        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(arenaNext(arena)) % 32, 0u);
         EXPECT_GE(offset, 33);
         EXPECT_LE(offset, 64);
     }
