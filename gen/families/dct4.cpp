@@ -153,14 +153,87 @@ $stage$body    }
 }
 )";
 
+// Second pass of R_M split with radix dp (M' = M/dp): for group g < M'/2,
+// the dp sub-results F'_n2[g] (inputs 2 n2 + c) are twiddled by
+// e^{-i pi n2 (2g+1)/M} and combined by a complex DFT of size dp; output k
+// of the DFT is F[g + M' k] (k < dp/2) or the conjugate F[M'(dp-k) - 1 - g].
+// Outputs are numbered 2k + c by the index of F.
+Dag splitPassDag(int m, int dp, int g) {
+    const int sub = m / dp;
+    Dag dag(ValueKind::Real, 1);
+    Values re(dp), im(dp);
+    for (int n2 = 0; n2 < dp; ++n2) {
+        re[n2] = dag.input(2 * n2), im[n2] = dag.input(2 * n2 + 1);
+        const Real c = cosPiRatio(static_cast<long>(n2) * (2 * g + 1), m), sn = sinPiRatio(static_cast<long>(n2) * (2 * g + 1), m);
+        const NodeId r = dag.add(dag.scale(c, re[n2]), dag.scale(sn, im[n2]));
+        im[n2] = dag.sub(dag.scale(c, im[n2]), dag.scale(sn, re[n2]));
+        re[n2] = r;
+    }
+    buildPairDft(dag, re, im);
+    for (int k = 0; k < dp; ++k) {
+        const bool upper = 2 * k >= dp;
+        const int f = upper ? sub * (dp - k) - 1 - g : g + sub * k;
+        dag.output(2 * f, re[k]);
+        dag.output(2 * f + 1, upper ? dag.neg(im[k]) : im[k]);
+    }
+    const std::vector<Real> x = randomReals(2 * dp, 17u + m + g);
+    std::vector<Real> want(m, 0);
+    std::vector<char> used(m, 0);
+    for (int k = 0; k < dp; ++k) {
+        Complex q = 0;
+        for (int n2 = 0; n2 < dp; ++n2) {
+            // e^{-i pi n2 (2g+1)/M} e^{-2 pi i n2 k/dp} = e^{-i pi n2 (2g+1 + 2 k M') / M}
+            const long a = static_cast<long>(n2) * (2 * g + 1 + 2L * k * sub);
+            q += Complex(x[2 * n2], x[2 * n2 + 1]) * Complex(cosPiRatio(a, m), -sinPiRatio(a, m));
+        }
+        const bool upper = 2 * k >= dp;
+        const int f = upper ? sub * (dp - k) - 1 - g : g + sub * k;
+        want[2 * f] = q.real(), want[2 * f + 1] = upper ? -q.imag() : q.imag();
+        used[2 * f] = used[2 * f + 1] = 1;
+    }
+    const std::vector<Real> got = run(dag, x, m);
+    std::vector<Real> a, b;
+    for (int e = 0; e < m; ++e)
+        if (used[e]) a.push_back(got[e]), b.push_back(want[e]);
+    expectClose(a, b, "R_" + std::to_string(m) + " second pass");
+    return dag;
+}
+
+// The body of R_M on one lane group: in one piece, or for M = 64 in two
+// passes of radix 8 through a local array (R_8 on s[8 n1 + n2], then
+// twiddles and DFT_8), which keeps every piece within the registers.
+EmitResult leafBody(const Target& t, int m) {
+    const int l = t.lanes();
+    auto input = [m, l](int n) {
+        return n < m / 2 ? "fwd + " + num(n) + " * stride" : "rev + " + num(l * (n - m / 2));
+    };
+    auto output = [](int e) { return "out + " + num(e) + "L * v"; };
+    if (m != 64) return emitBody(rodftDag(m), vertical(t, input, output));
+    const int dp = 8, sub = m / dp;
+    EmitResult all;
+    all.body = "alignas(16) " + t.real() + " mid[" + num(m * l) + "];\n";
+    const Dag first = rodftDag(sub);
+    for (int n2 = 0; n2 < dp; ++n2) {
+        // Input i of the sub-transform is s[dp i + n2]; output 2k + c goes to mid row (n2, k, c).
+        const EmitResult r = emitBody(first, vertical(
+            t, [&](int i) { return input(dp * i + n2); },
+            [n2, sub, l](int e) { return "mid + " + num(l * (n2 * sub + e)); }));
+        all.body += "{\n" + indent(r.body) + "}\n";
+        all.counts.arithmetic += r.counts.arithmetic, all.counts.loads += r.counts.loads;
+        all.counts.stores += r.counts.stores;
+    }
+    for (int g = 0; g < sub / 2; ++g) {
+        const EmitResult r = emitBody(splitPassDag(m, dp, g), vertical(
+            t, [g, sub, l](int i) { return "mid + " + num(l * ((i / 2) * sub + 2 * g + i % 2)); }, output));
+        all.body += "{\n" + indent(r.body) + "}\n";
+        all.counts.arithmetic += r.counts.arithmetic, all.counts.loads += r.counts.loads;
+        all.counts.stores += r.counts.stores;
+    }
+    return all;
+}
+
 std::string leafKernel(const Target& t, int m, OpCounts& counts) {
-    const Dag dag = rodftDag(m);
-    const EmitResult r = emitBody(dag, vertical(
-        t, [m, &t](int i) {
-            return i < m / 2 ? "fwd + " + std::to_string(i) + " * stride"
-                             : "rev + " + std::to_string(t.lanes() * (i - m / 2));
-        },
-        [](int e) { return "out + " + std::to_string(e) + "L * v"; }));
+    const EmitResult r = leafBody(t, m);
     counts = r.counts;
     auto w = words(t, m);
     // The reflected half, lanes reversed (the DAG negates it).
