@@ -199,17 +199,17 @@ Dag splitPassDag(int m, int dp, int g) {
     return dag;
 }
 
-// The body of R_M on one lane group: in one piece, or for M = 64 in two
-// passes of radix 8 through a local array (R_8 on s[8 n1 + n2], then
-// twiddles and DFT_8), which keeps every piece within the registers.
+// The body of R_M on one lane group: up to 8 in one piece, larger sizes in
+// two passes through a local array (R_8 on s[dp n1 + n2], then twiddles and
+// DFT_dp with dp = M/8), which keeps every piece close to the registers.
 EmitResult leafBody(const Target& t, int m) {
     const int l = t.lanes();
     auto input = [m, l](int n) {
         return n < m / 2 ? "fwd + " + num(n) + " * stride" : "rev + " + num(l * (n - m / 2));
     };
     auto output = [](int e) { return "out + " + num(e) + "L * v"; };
-    if (m != 64) return emitBody(rodftDag(m), vertical(t, input, output));
-    const int dp = 8, sub = m / dp;
+    if (m <= 8) return emitBody(rodftDag(m), vertical(t, input, output));
+    const int sub = 8, dp = m / sub;
     EmitResult all;
     all.body = "alignas(16) " + t.real() + " mid[" + num(m * l) + "];\n";
     const Dag first = rodftDag(sub);
