@@ -250,12 +250,13 @@ std::string leafKernel(const Target& t, int m, OpCounts& counts) {
     return fill(kLeaf, w);
 }
 
-// ---- Root output side: inputs a[0..d-1], b[d..2d-1] (b already alternated);
-// outputs p < d: A[p] + B[d-p] (B[d] = 0), d + p - 1 for p = 1..d: A[p] - B[d-p].
+// ---- Root output side: inputs a[0..d-1], b[d..2d-1] (rotated real and imaginary parts);
+// outputs p < d: A[p] + B[p], d + p - 1 for p = 1..d: A[p] - B[p], A = DCT-II(a), B = DST-II(b).
 Dag outputDag(int d) {
     Dag dag(ValueKind::Real, 1);
     Values a(d), b(d);
-    for (int r = 0; r < d; ++r) a[r] = dag.input(r), b[r] = dag.input(d + r);
+    // The DST-II of b runs as a DCT-II of the alternating sequence (-1)^r b_r.
+    for (int r = 0; r < d; ++r) a[r] = dag.input(r), b[r] = r % 2 ? dag.neg(dag.input(d + r)) : dag.input(d + r);
     const Values A = buildDct2(dag, a), D = buildDct2(dag, b);
     dag.output(0, A[0]);
     for (int p = 1; p < d; ++p) {
@@ -270,7 +271,7 @@ Dag outputDag(int d) {
         Real ca = 0, sb = 0;
         for (int r = 0; r < d; ++r) {
             ca += x[r] * cosPiRatio(static_cast<long>(2 * r + 1) * p, 2 * d);
-            sb += (r % 2 ? -x[d + r] : x[d + r]) * sinPiRatio(static_cast<long>(2 * r + 1) * p, 2 * d);
+            sb += x[d + r] * sinPiRatio(static_cast<long>(2 * r + 1) * p, 2 * d);
         }
         if (p < d) want[p] = ca + sb;
         if (p > 0) want[d + p - 1] = ca - sb;
@@ -315,7 +316,7 @@ $gather$body$scatter    }
 )";
 
 // Rows 2i + c of the work array, transposed so that lane = i, rotated by the
-// table pair of r; b alternates in sign (the DST-II runs as a DCT-II).
+// table pair of r into a (real parts) and b (imaginary parts).
 std::string outputGather(const Target& t, int d) {
     const int l = t.lanes();
     std::string out;
@@ -330,8 +331,7 @@ std::string outputGather(const Target& t, int d) {
             const int r = j + i;
             out += "            rotate(re" + num(i) + ", im" + num(i) + ", tab + " + num(2 * r * l) + ");\n";
             out += "            _mm_store_" + t.sfx() + "(a + " + num(l * r) + ", re" + num(i) + ");\n";
-            out += "            _mm_store_" + t.sfx() + "(b + " + num(l * r) + ", " +
-                   (r % 2 ? "negated(im" + num(i) + ")" : "im" + num(i)) + ");\n";
+            out += "            _mm_store_" + t.sfx() + "(b + " + num(l * r) + ", im" + num(i) + ");\n";
         }
         out += "        }\n";
     }

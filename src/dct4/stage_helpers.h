@@ -33,7 +33,4 @@ inline void rotate(__m128d& re, __m128d& im, const double* cs) {
     re = r;
 }
 
-inline __m128 negated(__m128 v) { return _mm_sub_ps(_mm_setzero_ps(), v); }
-inline __m128d negated(__m128d v) { return _mm_sub_pd(_mm_setzero_pd(), v); }
-
 }  // namespace kfpg::dct4
