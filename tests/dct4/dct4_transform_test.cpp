@@ -110,6 +110,12 @@ class Dct4Transform64f : public ::testing::TestWithParam<int> {};
 TEST_P(Dct4Transform64f, MatchesDefinition) { checkLength<double>(GetParam()); }
 INSTANTIATE_TEST_SUITE_P(AllAccepted, Dct4Transform64f, ::testing::ValuesIn(lengths<double>()), lengthName);
 
+// 2^17 nests a second recursive split (R_4096 = 32 x (R_128 = 8 x R_16)).
+TEST(Dct4Values, TwoLevelRecursiveSplit) {
+    checkLength<float>(131072);
+    checkLength<double>(131072);
+}
+
 // The transform of the unit vector e0 is cos(pi (2k+1) / (4N)), unscaled.
 template <class Real>
 void checkUnitVector(int n) {
