@@ -359,13 +359,21 @@ std::string outputKernel(const Target& t, int d, OpCounts& counts) {
     return fill(kOutput, w);
 }
 
-// ---- Complex DFT of size n on (re, im) values: inputs re 0..n-1, im n..2n-1;
-// output k: re at 2k, im at 2k+1, the imaginary part negated for k >= n/2
-// (those results are stored as conjugates).
-Dag pairDftDag(int n, bool conjugateUpperHalf) {
+// ---- Complex DFT of size n on (re, im) values: inputs re 0..n-1, im n..2n-1,
+// input j first rotated by e^{-i pi j step / den} (step 0: none); output k:
+// re at 2k, im at 2k+1, the imaginary part negated for k >= n/2 (those
+// results are stored as conjugates).
+Dag pairDftDag(int n, bool conjugateUpperHalf, long step = 0, long den = 1) {
     Dag dag(ValueKind::Real, 1);
     Values re(n), im(n);
-    for (int i = 0; i < n; ++i) re[i] = dag.input(i), im[i] = dag.input(n + i);
+    for (int i = 0; i < n; ++i) {
+        re[i] = dag.input(i), im[i] = dag.input(n + i);
+        if (step == 0 || i == 0) continue;
+        const Real c = cosPiRatio(i * step, den), sn = sinPiRatio(i * step, den);
+        const NodeId r = dag.add(dag.scale(c, re[i]), dag.scale(sn, im[i]));
+        im[i] = dag.sub(dag.scale(c, im[i]), dag.scale(sn, re[i]));
+        re[i] = r;
+    }
     buildPairDft(dag, re, im);
     for (int k = 0; k < n; ++k) {
         dag.output(2 * k, re[k]);
@@ -373,7 +381,8 @@ Dag pairDftDag(int n, bool conjugateUpperHalf) {
     }
     const std::vector<Real> x = randomReals(2 * n, 3u + n);
     std::vector<Complex> z(n);
-    for (int i = 0; i < n; ++i) z[i] = Complex(x[i], x[n + i]);
+    for (int i = 0; i < n; ++i)
+        z[i] = Complex(x[i], x[n + i]) * Complex(cosPiRatio(i * step, den), -sinPiRatio(i * step, den));
     const std::vector<Complex> dft = naiveDft(z, -1);
     std::vector<Real> want(2 * n);
     for (int k = 0; k < n; ++k) {
@@ -453,6 +462,26 @@ std::string splitKernel(const Target& t, int d, OpCounts& counts) {
                     const int k = round + 8 * (e / 2);
                     return splitStore(32, k, e % 2);
                 }));
+            add(r.counts);
+            code += block(r.body);
+        }
+    } else if (d == 16) {
+        // Radix 4 over a (n2 = 4a + b) after the table's twiddles, then for
+        // each t the twiddles e^{-2 pi i b t/16} and radix 4 over b.
+        load([](int k) { return k - 1; });
+        const Dag first = pairDftDag(4, false);
+        for (int b = 0; b < 4; ++b) {
+            const EmitResult r = emitBody(first, vertical(
+                t, [b](int i) { return std::string(i < 4 ? "&re" : "&im") + num(4 * (i % 4) + b); },
+                [b](int e) { return std::string(e % 2 ? "&im" : "&re") + num(4 * (e / 2) + b); }));
+            add(r.counts);
+            code += block(r.body);
+        }
+        for (int round = 0; round < 4; ++round) {
+            // Output k2 of round t is DFT output t + 4 k2; k2 >= 2 lands in the upper half.
+            const EmitResult r = emitBody(pairDftDag(4, true, round, 8), vertical(
+                t, [round](int i) { return std::string(i < 4 ? "&re" : "&im") + num(4 * round + i % 4); },
+                [round](int e) { return splitStore(16, round + 4 * (e / 2), e % 2); }));
             add(r.counts);
             code += block(r.body);
         }
