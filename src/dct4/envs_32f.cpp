@@ -1,4 +1,6 @@
 // Environment operations of the 32f DCT-IV (4-lane vector groups).
+#include <limits>
+
 #include "dct4/direct.h"
 #include "dct4/env_ops.h"
 #include "dct4/codelets.h"
