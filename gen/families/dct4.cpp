@@ -115,10 +115,11 @@ std::string num(long v) { return std::to_string(v); }
 const char* kLeaf = R"(void owngDCT4_leaf_$N_$P(const $T* x, int n, $T* dst, int v, int rootD) {
     const long stride = 2L * v;
     int lane = 0;
-    if (v >= 64 && (rootD & (4 * $L - 1)) == 0) {
-        // Long strides: four lane groups (one cache line of every row) at a
-        // time through local blocks, so that each line of the strided rows is
-        // read and written once instead of once per group.
+    if (2L * v * sizeof($T) >= 4096 && (rootD & (4 * $L - 1)) == 0) {
+        // Strides of 4 KiB and more put every row in one cache set: four lane
+        // groups (one cache line of every row) at a time go through local
+        // blocks, so that each line of the strided rows is read and written
+        // once instead of once per group.
         for (; lane < v; lane += 4 * $L) {
             const long offset = 2L * lane - (lane & (rootD - 1));
             const $T* fwdRow = x + offset;
