@@ -286,7 +286,7 @@ const char* kOutput = R"(void owngDCT4_output_$N_$P(const $T* w, $T* y, int n, c
     int g = 0;
     // Long output rows: four groups (one cache line of every output row) at
     // a time through local blocks, so that each line is written once.
-    for (; M >= 512 && g + 4 <= m / $L; g += 4) {
+    for (; M * sizeof($T) >= 2048 && g + 4 <= m / $L; g += 4) {
         alignas(64) $T loBlock[$N * 4 * $L], hiBlock[$N * 4 * $L];
         for (int group = 0; group < 4; ++group) {
             const int i0 = $L * (g + group);
