@@ -17,6 +17,12 @@ enum class EmitMode {
 
 enum class Precision { F32, F64 };
 
+// Order of the emitted statements (all loads stay before the first store).
+enum class Schedule {
+    Creation,    // the order the builders created the nodes: stage by stage, block by block
+    DepthFirst,  // depth-first from each output in turn
+};
+
 struct EmitOptions {
     EmitMode mode = EmitMode::ComplexVector;
     Precision precision = Precision::F64;
@@ -27,6 +33,7 @@ struct EmitOptions {
     std::string src = "pSrc", dst = "pDst";
     // Vertical mode (and real Scalar mode): pointer expression of element i.
     std::function<std::string(int)> load, store;
+    Schedule schedule = Schedule::Creation;
     // Variable multiplied into every output as the last step; empty: none.
     std::string scaleVar;
 };
