@@ -32,6 +32,7 @@ public:
         std::vector<NodeId> order;
         for (const Output& out : dag_.outputs()) visit(out.value, visited, order);
         if (o_.schedule == Schedule::Creation) std::sort(order.begin(), order.end());
+        markUsedLanes(order);
 
         std::map<NodeId, std::vector<int>> outputsOf;
         for (int i = 0; i < static_cast<int>(dag_.outputs().size()); ++i) outputsOf[dag_.outputs()[i].value].push_back(i);
@@ -64,6 +65,25 @@ private:
     std::string vtype() const { return f64() ? "__m128d" : "__m128"; }
     std::string sfx() const { return f64() ? "pd" : "ps"; }
     int width() const { return f64() ? 2 : 4; }
+
+    // Which lanes of each value some output needs (bit l = lane l).
+    void markUsedLanes(const std::vector<NodeId>& order) {
+        usedLanes_.assign(dag_.nodes().size(), 0);
+        for (const Output& out : dag_.outputs())
+            for (int l = 0; l < static_cast<int>(out.elements.size()); ++l)
+                if (out.elements[l] >= 0) usedLanes_[out.value] |= 1 << l;
+        for (auto it = order.rbegin(); it != order.rend(); ++it) {
+            const Node& n = dag_.node(*it);
+            const int used = usedLanes_[*it];
+            if (n.op == Op::Shuffle) {
+                if (used & 1) usedLanes_[n.a] |= 1 << (n.arg & 1);
+                if (used & 2) usedLanes_[n.b] |= 1 << (n.arg >> 1);
+                continue;
+            }
+            if (n.a >= 0) usedLanes_[n.a] |= used;
+            if (n.b >= 0) usedLanes_[n.b] |= used;
+        }
+    }
 
     // Depth-first from the outputs: values are computed close to their use.
     void visit(NodeId id, std::vector<char>& visited, std::vector<NodeId>& order) const {
@@ -231,7 +251,12 @@ private:
              (parts > 1 ? ", " + ref(id, 1, false) + " = " + expr[1] : "") + ";");
     }
 
-    void emitNode(NodeId id) { vector() ? emitVectorNode(id) : emitScalarNode(id); }
+    void emitNode(NodeId id) {
+        const long before = counts_.arithmetic;
+        vector() ? emitVectorNode(id) : emitScalarNode(id);
+        if (dag_.lanes() == 2 && o_.mode == EmitMode::ComplexVector && usedLanes_[id] != 3)
+            counts_.oneLane += counts_.arithmetic - before;
+    }
 
     void emitStore(const Output& out) {
         if (!vector()) {
@@ -280,6 +305,7 @@ private:
     std::string constants_, code_;
     std::map<std::string, std::string> constantNames_;
     OpCounts counts_;
+    std::vector<int> usedLanes_;
 };
 
 }  // namespace
