@@ -198,7 +198,7 @@ private:
         std::vector<Signal> y(n1, Signal(n2));
         for (int j2 = 0; j2 < n2; j2 += group) {
             const int width = std::min(group, n2 - j2);
-            if (width < group) {
+            if (width < group && worthSpreading(n1)) {
                 // A lone column is spread over the lanes rather than leaving lanes idle.
                 Signal in(n1);
                 for (int j1 = 0; j1 < n1; ++j1) in[j1] = x[inIndex(j1, j2)];
@@ -226,7 +226,7 @@ private:
         Signal out(n);
         for (int k1 = 0; k1 < n1; k1 += group) {
             const int width = std::min(group, n1 - k1);
-            if (width < group) {
+            if (width < group && worthSpreading(n2)) {
                 const Signal z = transform(n2, y[k1], sign, group, true);
                 for (int k2 = 0; k2 < n2; ++k2) out[outIndex(k1, k2)] = z[k2];
                 continue;
@@ -242,6 +242,13 @@ private:
                 for (int l = 0; l < width; ++l) out[outIndex(k1 + l, k2)] = Slot{z[k2], group == 1 ? 0 : l, -1};
         }
         return out;
+    }
+
+    // Spreading one block over the lanes pays for the large prime blocks; the
+    // shuffles it needs cost more than they save in the small ones.
+    static bool worthSpreading(int n) {
+        const DftAlgorithm a = dftRow(n).asBlock;
+        return a == DftAlgorithm::Rader || (a == DftAlgorithm::Direct && n >= 7);
     }
 
     // Twiddles w^(j2 k1) on the outputs k1 of one column spread over lanes.
