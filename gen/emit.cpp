@@ -182,8 +182,13 @@ private:
             }
             case Op::CMul: {
                 const auto& c = dag_.constant(n.arg);
-                const std::string re = constantFrom([&](int l, int) { return c[l].real(); });
                 const std::string im = constantFrom([&](int l, int p) { return p == 0 ? -c[l].imag() : c[l].imag(); });
+                if (isImaginary(c)) {
+                    ++counts_.arithmetic;
+                    expr = call("mul", swapped(a), im);
+                    break;
+                }
+                const std::string re = constantFrom([&](int l, int) { return c[l].real(); });
                 counts_.arithmetic += 3;
                 expr = call("add", call("mul", a, re), call("mul", swapped(a), im));
                 break;
@@ -234,6 +239,11 @@ private:
                 case Op::MulI: expr[p] = (p == 0) == (n.arg > 0) ? "-" + A(1 - p) : A(1 - p); break;
                 case Op::CMul: {
                     const Complex c = dag_.constant(n.arg)[0];
+                    if (c.real() == 0) {
+                        ++counts_.arithmetic;
+                        expr[p] = p == 0 ? literal(-c.imag(), prec) + " * " + A(1) : literal(c.imag(), prec) + " * " + A(0);
+                        break;
+                    }
                     counts_.arithmetic += 3;
                     expr[p] = p == 0 ? literal(c.real(), prec) + " * " + A(0) + " - " + literal(c.imag(), prec) + " * " + A(1)
                                      : literal(c.real(), prec) + " * " + A(1) + " + " + literal(c.imag(), prec) + " * " + A(0);
