@@ -149,7 +149,7 @@ private:
             return call(o_.aligned && e0 % 2 == 0 ? "load" : "loadu", "(const float*)" + srcElement(e0));
         }
         std::string v = "_mm_setzero_ps()";
-        if (e0 >= 0) ++counts_.loads, v = "_mm_castpd_ps(_mm_load_sd((const double*)" + srcElement(e0) + "))";
+        if (e0 >= 0) ++counts_.loads, v = "_mm_castsi128_ps(_mm_loadl_epi64((const __m128i*)" + srcElement(e0) + "))";
         if (e1 >= 0) ++counts_.loads, v = "_mm_loadh_pi(" + v + ", (const __m64*)" + srcElement(e1) + ")";
         return v;
     }
