@@ -218,6 +218,22 @@ TEST(Emitter, VerticalModeUsesTheFamilysAddressesAndWholeVectors) {
     EXPECT_EQ(r.counts.arithmetic, 2);
 }
 
+TEST(Emitter, VerticalConstantsAreBroadcastOrGoElementByElement) {
+    EmitOptions o;
+    o.mode = EmitMode::Vertical;
+    o.precision = Precision::F64;
+    o.load = o.store = [](int i) { return "p + " + std::to_string(i); };
+    Dag one(ValueKind::Real, 1);
+    one.output(0, one.scale(0.5L, one.input(0)));
+    EXPECT_NE(emitBody(one, o).body.find("_mm_setr_pd(0x1p-1, 0x1p-1)"), std::string::npos);
+    Dag two(ValueKind::Real, 2);
+    two.output(0, two.scaleLanes({0.5L, 0.25L}, two.input(0)));
+    EXPECT_NE(emitBody(two, o).body.find("_mm_setr_pd(0x1p-1, 0x1p-2)"), std::string::npos);
+    Dag three(ValueKind::Real, 3);
+    three.output(0, three.input(0));
+    EXPECT_THROW(emitBody(three, o), std::logic_error);
+}
+
 TEST(Emitter, WideRegionsAreComputedInDoubleAndRoundedOnce) {
     Dag d(ValueKind::Complex, 1);
     buildComplexDft(d, 3, ComplexDftOptions{-1, true});
