@@ -185,17 +185,19 @@ TEST_P(BuilderByLength, LaneParallelDftKeepsLanesIndependent) {
 
 TEST_P(BuilderByLength, EmittedCodeLoadsEverythingBeforeItsFirstStore) {
     const int n = GetParam();
-    for (int lanes : {1, 2}) {
-        Dag d(ValueKind::Complex, lanes);
-        buildComplexDft(d, n, ComplexDftOptions{-1, false});
-        EmitOptions o;
-        o.precision = lanes == 2 ? Precision::F32 : Precision::F64;
-        o.scaleVar = "sc";
-        const std::string body = emitBody(d, o).body;
-        const auto lastLoad = body.rfind("pSrc"), firstStore = body.find("pDst");
-        ASSERT_NE(firstStore, std::string::npos);
-        EXPECT_LT(lastLoad, firstStore) << "lanes " << lanes;
-    }
+    for (int lanes : {1, 2})
+        for (Schedule schedule : {Schedule::Creation, Schedule::DepthFirst}) {
+            Dag d(ValueKind::Complex, lanes);
+            buildComplexDft(d, n, ComplexDftOptions{-1, false});
+            EmitOptions o;
+            o.precision = lanes == 2 ? Precision::F32 : Precision::F64;
+            o.scaleVar = "sc";
+            o.schedule = schedule;
+            const std::string body = emitBody(d, o).body;
+            const auto lastLoad = body.rfind("pSrc"), firstStore = body.find("pDst");
+            ASSERT_NE(firstStore, std::string::npos);
+            EXPECT_LT(lastLoad, firstStore) << "lanes " << lanes;
+        }
 }
 
 INSTANTIATE_TEST_SUITE_P(AllLengths, BuilderByLength, ::testing::Range(2, 65));
