@@ -26,7 +26,7 @@ enum class Op : std::uint8_t {
     Neg,
     Scale,    // a times a real constant per lane; arg: constant id
     MulI,     // a times +i (arg 1) or -i (arg -1); complex values only
-    CMul,     // a times a complex constant per lane; arg: constant id
+    CMul,     // a times a complex constant per lane (purely imaginary ones included); arg: constant id
     Shuffle,  // lane 0 from a's lane (arg & 1), lane 1 from b's lane (arg >> 1); two-lane values only
     Narrow,   // end of a precision-marked region: round a wide value once
 };
@@ -125,6 +125,9 @@ private:
     std::map<std::vector<int>, int> inputIndex_;
     std::vector<Output> outputs_;
 };
+
+// A CMul constant with no real part in any lane (a swap and one multiply).
+bool isImaginary(const std::vector<Complex>& constant);
 
 // Real operation counts of a DAG (per lane; a complex add is two real adds).
 struct FlopCount {

@@ -17,10 +17,11 @@ enum class EmitMode {
 
 enum class Precision { F32, F64 };
 
-// Order of the computed values: depth-first from the outputs (each value
-// close to its use), or the order in which the builder created them (keeps
-// a recursive builder's locality: fewer spills in large vertical bodies).
-enum class EmitOrder { DepthFirst, Creation };
+// Order of the emitted statements (all loads stay before the first store).
+enum class Schedule {
+    Creation,    // the order the builders created the nodes: stage by stage, block by block
+    DepthFirst,  // depth-first from each output in turn
+};
 
 struct EmitOptions {
     EmitMode mode = EmitMode::ComplexVector;
@@ -32,9 +33,9 @@ struct EmitOptions {
     std::string src = "pSrc", dst = "pDst";
     // Vertical mode (and real Scalar mode): pointer expression of element i.
     std::function<std::string(int)> load, store;
+    Schedule schedule = Schedule::Creation;
     // Variable multiplied into every output as the last step; empty: none.
     std::string scaleVar;
-    EmitOrder order = EmitOrder::DepthFirst;
 };
 
 struct OpCounts {
@@ -42,6 +43,7 @@ struct OpCounts {
     long shuffles = 0;
     long loads = 0;
     long stores = 0;
+    long oneLane = 0;     // arithmetic of two-lane values where only one lane is used
     long total() const { return arithmetic + shuffles + loads + stores; }
 };
 

@@ -41,7 +41,8 @@ public:
         if (algo == DftAlgorithm::CooleyTukey || algo == DftAlgorithm::PrimeFactor)
             return twoStage(row, algo == DftAlgorithm::CooleyTukey, x, sign, group);
         if (algo == DftAlgorithm::Rader) return rader(n, x, sign, group);
-        // Leaves run lane-parallel; spread over lanes they use lane 0 only.
+        if (algo == DftAlgorithm::Direct && group == 2) return directPacked(x, sign);
+        // Leaves run lane-parallel; a butterfly spread over lanes uses lane 0 only.
         std::vector<NodeId> v;
         for (const Slot& s : x) v.push_back(gather({s}));
         const std::vector<NodeId> out =
@@ -102,36 +103,84 @@ private:
         return {dag_.add(a0, a1), dag_.add(d0, r), dag_.sub(a0, a1), dag_.sub(d0, r)};
     }
 
-    // Symmetric pairs: X[k] = t_k + sign i u_k, X[p-k] = t_k - sign i u_k.
+    // Sum of terms as a balanced tree (short dependency chains); up to three
+    // terms it is the left-to-right sum ((t0 + t1) + t2).
+    NodeId balancedSum(const std::vector<NodeId>& terms, std::size_t lo, std::size_t hi) {
+        if (hi - lo == 1) return terms[lo];
+        const std::size_t mid = lo + (hi - lo + 1) / 2;
+        return dag_.add(balancedSum(terms, lo, mid), balancedSum(terms, mid, hi));
+    }
+    NodeId balancedSum(const std::vector<NodeId>& terms) { return balancedSum(terms, 0, terms.size()); }
+
+    // Symmetric pairs: X[k] = t_k + sign i u_k, X[p-k] = t_k - sign i u_k with
+    // t_k = x0 + sum cos(2 pi k m / p) a_m, u_k = sum sin(2 pi k m / p) b_m.
     std::vector<NodeId> direct(const std::vector<NodeId>& x, int sign, bool wide) {
         const int p = static_cast<int>(x.size()), h = (p - 1) / 2;
         std::vector<NodeId> a(h + 1), b(h + 1);
-        NodeId sum = x[0];
+        std::vector<NodeId> sumTerms{x[0]};
         for (int m = 1; m <= h; ++m) {
             a[m] = dag_.add(x[m], x[p - m]);
             b[m] = dag_.sub(x[m], x[p - m]);
-            sum = dag_.add(sum, a[m]);
+            sumTerms.push_back(a[m]);
         }
         std::vector<NodeId> out(p);
-        out[0] = sum;
+        out[0] = balancedSum(sumTerms);
         for (int k = 1; k <= h; ++k) {
             NodeId t, u;
             {
                 std::unique_ptr<Dag::WideScope> scope(wide ? new Dag::WideScope(dag_) : nullptr);
-                t = x[0];
-                u = -1;
+                std::vector<NodeId> tTerms{x[0]}, uTerms;
                 for (int m = 1; m <= h; ++m) {
                     const Complex w = unitRoot(static_cast<long>(k) * m, p, 1);
-                    t = dag_.add(t, dag_.scale(w.real(), a[m]));
-                    const NodeId term = dag_.scale(w.imag(), b[m]);
-                    u = u < 0 ? term : dag_.add(u, term);
+                    tTerms.push_back(dag_.scale(w.real(), a[m]));
+                    uTerms.push_back(dag_.scale(w.imag(), b[m]));
                 }
-                t = dag_.narrow(t);
-                u = dag_.narrow(u);
+                t = dag_.narrow(balancedSum(tTerms));
+                u = dag_.narrow(balancedSum(uTerms));
             }
             const NodeId r = dag_.mulI(sign, u);
             out[k] = dag_.add(t, r);
             out[p - k] = dag_.sub(t, r);
+        }
+        return out;
+    }
+
+    // The same scheme spread over two lanes: outputs k and k+1 side by side,
+    // every a_m, b_m broadcast to both lanes, per-lane constants.
+    Signal directPacked(const Signal& x, int sign) {
+        const int p = static_cast<int>(x.size()), h = (p - 1) / 2;
+        std::vector<NodeId> aBoth(h + 1), bBoth(h + 1), pairSums;
+        for (int m = 1; m <= h; m += 2) {
+            const bool two = m + 1 <= h;
+            const NodeId lo = two ? gather({x[m], x[m + 1]}) : zeroUpperLanes(x[m]);
+            const NodeId hi = two ? gather({x[p - m], x[p - m - 1]}) : zeroUpperLanes(x[p - m]);
+            const NodeId sum = dag_.add(lo, hi), diff = dag_.sub(lo, hi);
+            pairSums.push_back(sum);
+            for (int l = 0; l < (two ? 2 : 1); ++l) {
+                aBoth[m + l] = dag_.shuffle(sum, l, sum, l);
+                bBoth[m + l] = dag_.shuffle(diff, l, diff, l);
+            }
+        }
+        const NodeId x0Both = gather({x[0], x[0]});
+        const NodeId pairTotal = balancedSum(pairSums);
+        const NodeId total = dag_.add(pairTotal, dag_.shuffle(pairTotal, 1, pairTotal, 1));
+        Signal out(p);
+        out[0] = Slot{dag_.add(x0Both, total), 0, -1};
+        for (int k = 1; k <= h; k += 2) {
+            const bool two = k + 1 <= h;
+            std::vector<NodeId> tTerms{x0Both}, uTerms;
+            for (int m = 1; m <= h; ++m) {
+                const Complex w0 = unitRoot(static_cast<long>(k) * m, p, 1);
+                const Complex w1 = two ? unitRoot(static_cast<long>(k + 1) * m, p, 1) : w0;
+                tTerms.push_back(dag_.scaleLanes({w0.real(), w1.real()}, aBoth[m]));
+                uTerms.push_back(dag_.scaleLanes({w0.imag(), w1.imag()}, bBoth[m]));
+            }
+            const NodeId t = balancedSum(tTerms), r = dag_.mulI(sign, balancedSum(uTerms));
+            const NodeId plus = dag_.add(t, r), minus = dag_.sub(t, r);
+            for (int l = 0; l < (two ? 2 : 1); ++l) {
+                out[k + l] = Slot{plus, l, -1};
+                out[p - k - l] = Slot{minus, l, -1};
+            }
         }
         return out;
     }
@@ -145,38 +194,74 @@ private:
         auto outIndex = [&](int k1, int k2) {
             return twiddled ? k1 + n1 * k2 : static_cast<int>((k1 * n2 * e1 + k2 * n1 * e2) % n);
         };
-        // columns[c][k1]: value whose lanes hold columns c*group .. c*group+group-1.
-        std::vector<std::vector<NodeId>> columns;
+        // y[k1][j2]: where column j2's output k1 lives.
+        std::vector<Signal> y(n1, Signal(n2));
         for (int j2 = 0; j2 < n2; j2 += group) {
             const int width = std::min(group, n2 - j2);
+            if (width < group && worthSpreading(n1)) {
+                // A lone column is spread over the lanes rather than leaving lanes idle.
+                Signal in(n1);
+                for (int j1 = 0; j1 < n1; ++j1) in[j1] = x[inIndex(j1, j2)];
+                Signal col = transform(n1, in, sign, group, true);
+                if (twiddled) col = twiddleSlots(col, j2, n, sign);
+                for (int k1 = 0; k1 < n1; ++k1) y[k1][j2] = col[k1];
+                continue;
+            }
             std::vector<NodeId> in(n1);
             for (int j1 = 0; j1 < n1; ++j1) {
                 Signal g;
                 for (int l = 0; l < width; ++l) g.push_back(x[inIndex(j1, j2 + l)]);
                 in[j1] = gather(g);
             }
-            std::vector<NodeId> y = parallel(n1, in, sign, true);
-            if (twiddled)
-                for (int k1 = 1; k1 < n1; ++k1) {
+            std::vector<NodeId> col = parallel(n1, in, sign, true);
+            for (int k1 = 0; k1 < n1; ++k1) {
+                if (twiddled && k1 > 0) {
                     std::vector<Complex> w;
                     for (int l = 0; l < width; ++l) w.push_back(unitRoot(static_cast<long>(j2 + l) * k1, n, sign));
-                    y[k1] = dag_.cmulLanes(laneConstants(w, group), y[k1]);
+                    col[k1] = dag_.cmulLanes(laneConstants(w, group), col[k1]);
                 }
-            columns.push_back(y);
+                for (int l = 0; l < width; ++l) y[k1][j2 + l] = Slot{col[k1], l, -1};
+            }
         }
         Signal out(n);
         for (int k1 = 0; k1 < n1; k1 += group) {
             const int width = std::min(group, n1 - k1);
+            if (width < group && worthSpreading(n2)) {
+                const Signal z = transform(n2, y[k1], sign, group, true);
+                for (int k2 = 0; k2 < n2; ++k2) out[outIndex(k1, k2)] = z[k2];
+                continue;
+            }
             std::vector<NodeId> in(n2);
             for (int j2 = 0; j2 < n2; ++j2) {
                 Signal g;
-                for (int l = 0; l < width; ++l) g.push_back(Slot{columns[j2 / group][k1 + l], j2 % group, -1});
+                for (int l = 0; l < width; ++l) g.push_back(y[k1 + l][j2]);
                 in[j2] = gather(g);
             }
             const std::vector<NodeId> z = parallel(n2, in, sign, true);
             for (int k2 = 0; k2 < n2; ++k2)
                 for (int l = 0; l < width; ++l) out[outIndex(k1 + l, k2)] = Slot{z[k2], group == 1 ? 0 : l, -1};
         }
+        return out;
+    }
+
+    // Spreading one block over the lanes pays for the large prime blocks; the
+    // shuffles it needs cost more than they save in the small ones.
+    static bool worthSpreading(int n) {
+        const DftAlgorithm a = dftRow(n).asBlock;
+        return a == DftAlgorithm::Rader || (a == DftAlgorithm::Direct && n >= 7);
+    }
+
+    // Twiddles w^(j2 k1) on the outputs k1 of one column spread over lanes.
+    Signal twiddleSlots(const Signal& col, int j2, int n, int sign) {
+        std::map<NodeId, std::vector<Complex>> constants;
+        for (int k1 = 0; k1 < static_cast<int>(col.size()); ++k1) {
+            auto& w = constants.emplace(col[k1].value, std::vector<Complex>(dag_.lanes(), Complex(1))).first->second;
+            w[col[k1].lane] = unitRoot(static_cast<long>(j2) * k1, n, sign);
+        }
+        std::map<NodeId, NodeId> twiddled;
+        for (const auto& [value, w] : constants) twiddled[value] = dag_.cmulLanes(w, value);
+        Signal out = col;
+        for (Slot& s : out) s.value = twiddled[s.value];
         return out;
     }
 

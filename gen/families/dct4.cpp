@@ -79,7 +79,6 @@ EmitOptions vertical(const Target& t, std::function<std::string(int)> load, std:
     o.mode = EmitMode::Vertical;
     o.precision = t.precision;
     o.aligned = false;
-    o.order = EmitOrder::Creation;
     o.load = std::move(load);
     o.store = std::move(store);
     return o;
@@ -539,7 +538,6 @@ std::string directKernel(const Target& t, int n, OpCounts& counts) {
     EmitOptions o;
     o.mode = EmitMode::Scalar;
     o.precision = t.precision;
-    o.order = EmitOrder::Creation;
     o.load = [](int i) { return "x + " + std::to_string(i); };
     o.store = [](int i) { return "y + " + std::to_string(i); };
     const EmitResult r = emitBody(directDag(n), o);

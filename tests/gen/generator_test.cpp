@@ -69,6 +69,20 @@ TEST(Simplifier, FortyFiveDegreeTwiddlesCostTwoMultiplications) {
     EXPECT_NEAR(static_cast<double>(std::abs(out[0] - w * Complex(0.25L, -0.75L))), 0, 1e-18);
 }
 
+TEST(Simplifier, RotationsByIAreAbsorbedIntoConstants) {
+    Dag d(ValueKind::Complex, 1);
+    const NodeId x = d.input(0);
+    const NodeId r = d.mulI(-1, d.scale(0.75L, x));
+    EXPECT_EQ(d.node(r).op, Op::CMul);
+    EXPECT_EQ(d.node(r).a, x);
+    EXPECT_EQ(d.constant(d.node(r).arg)[0], Complex(0, -0.75L));
+    d.output(0, r);
+    EXPECT_EQ(countFlops(d).muls, 2);
+    EXPECT_EQ(countFlops(d).adds, 0);
+    const auto out = evaluate(d, {Complex(0.5L, 0.25L)}, 1);
+    EXPECT_EQ(out[0], Complex(0, -0.75L) * Complex(0.5L, 0.25L));
+}
+
 TEST(Simplifier, PrecisionMarksStayWhereTheyWereSet) {
     Dag d(ValueKind::Complex, 1);
     const NodeId x = d.input(0), y = d.input(1);
@@ -171,17 +185,19 @@ TEST_P(BuilderByLength, LaneParallelDftKeepsLanesIndependent) {
 
 TEST_P(BuilderByLength, EmittedCodeLoadsEverythingBeforeItsFirstStore) {
     const int n = GetParam();
-    for (int lanes : {1, 2}) {
-        Dag d(ValueKind::Complex, lanes);
-        buildComplexDft(d, n, ComplexDftOptions{-1, false});
-        EmitOptions o;
-        o.precision = lanes == 2 ? Precision::F32 : Precision::F64;
-        o.scaleVar = "sc";
-        const std::string body = emitBody(d, o).body;
-        const auto lastLoad = body.rfind("pSrc"), firstStore = body.find("pDst");
-        ASSERT_NE(firstStore, std::string::npos);
-        EXPECT_LT(lastLoad, firstStore) << "lanes " << lanes;
-    }
+    for (int lanes : {1, 2})
+        for (Schedule schedule : {Schedule::Creation, Schedule::DepthFirst}) {
+            Dag d(ValueKind::Complex, lanes);
+            buildComplexDft(d, n, ComplexDftOptions{-1, false});
+            EmitOptions o;
+            o.precision = lanes == 2 ? Precision::F32 : Precision::F64;
+            o.scaleVar = "sc";
+            o.schedule = schedule;
+            const std::string body = emitBody(d, o).body;
+            const auto lastLoad = body.rfind("pSrc"), firstStore = body.find("pDst");
+            ASSERT_NE(firstStore, std::string::npos);
+            EXPECT_LT(lastLoad, firstStore) << "lanes " << lanes;
+        }
 }
 
 INSTANTIATE_TEST_SUITE_P(AllLengths, BuilderByLength, ::testing::Range(2, 65));
@@ -202,6 +218,22 @@ TEST(Emitter, VerticalModeUsesTheFamilysAddressesAndWholeVectors) {
     EXPECT_EQ(r.counts.loads, 2);
     EXPECT_EQ(r.counts.stores, 2);
     EXPECT_EQ(r.counts.arithmetic, 2);
+}
+
+TEST(Emitter, VerticalConstantsAreBroadcastOrGoElementByElement) {
+    EmitOptions o;
+    o.mode = EmitMode::Vertical;
+    o.precision = Precision::F64;
+    o.load = o.store = [](int i) { return "p + " + std::to_string(i); };
+    Dag one(ValueKind::Real, 1);
+    one.output(0, one.scale(0.5L, one.input(0)));
+    EXPECT_NE(emitBody(one, o).body.find("_mm_setr_pd(0x1p-1, 0x1p-1)"), std::string::npos);
+    Dag two(ValueKind::Real, 2);
+    two.output(0, two.scaleLanes({0.5L, 0.25L}, two.input(0)));
+    EXPECT_NE(emitBody(two, o).body.find("_mm_setr_pd(0x1p-1, 0x1p-2)"), std::string::npos);
+    Dag three(ValueKind::Real, 3);
+    three.output(0, three.input(0));
+    EXPECT_THROW(emitBody(three, o), std::logic_error);
 }
 
 TEST(Emitter, WideRegionsAreComputedInDoubleAndRoundedOnce) {
