@@ -1,0 +1,31 @@
+// Orders 8..13: the array as a matrix of contiguous rows. Row transforms go
+// from pSrc into the work buffer, then column transforms go from the buffer
+// into pDst, scaled. Three-pass orders first finish every super-block of
+// 2^cross rows in the buffer, using the scratch area after the N elements.
+#pragma once
+
+#include "wht/wht_layout.h"
+#include "wht/wht_leaves.h"
+
+namespace kfpg::wht {
+
+template <int K, class T, Access A>
+inline void blockedWht(const T* src, T* dst, T s, T* work) {
+    constexpr Passes p = passesFor<T>(K);
+    constexpr long n = 1L << K;
+    constexpr long row = 1L << p.row;
+    if constexpr (p.cross == 0) {
+        for (long r = 0; r < n; r += row) rowWht<p.row, T, A>(src + r, work + r);
+        for (long c = 0; c < row; c += kLanes<T>) columnWht<p.last, T, A>(work + c, dst + c, row, s);
+    } else {
+        constexpr long block = row << p.cross;
+        T* scratch = work + n;
+        for (long b = 0; b < n; b += block) {
+            for (long r = 0; r < block; r += row) rowWht<p.row, T, A>(src + b + r, scratch + r);
+            for (long c = 0; c < row; c += kLanes<T>) crossWht<p.cross, T>(scratch + c, work + b + c, row);
+        }
+        for (long c = 0; c < block; c += kLanes<T>) columnWht<p.last, T, A>(work + c, dst + c, block, s);
+    }
+}
+
+}  // namespace kfpg::wht
