@@ -7,7 +7,7 @@ namespace {
 using namespace kfpg::wht;
 
 // Orders outside 1..13 wrap around to large unsigned values.
-bool orderOutOfRange(int order) { return static_cast<unsigned>(order - kMinOrder) > kMaxOrder - kMinOrder; }
+bool orderOutOfRange(int order) { return static_cast<unsigned>(order) - kMinOrder > unsigned{kMaxOrder - kMinOrder}; }
 
 template <class T>
 KfpStatus bufferSize(int order, int* pSize) {

@@ -7,6 +7,18 @@
 namespace kfpg::wht {
 
 namespace interim {
+// Element access that tolerates any byte alignment of the caller's arrays.
+template <class T>
+inline T get(const T* p) {
+    T v;
+    __builtin_memcpy(&v, p, sizeof v);
+    return v;
+}
+template <class T>
+inline void put(T* p, T v) {
+    __builtin_memcpy(p, &v, sizeof v);
+}
+
 template <class T>
 inline void butterflies(T* v, long n, long stride) {
     for (long h = 1; h < n; h *= 2)
@@ -22,14 +34,14 @@ inline void butterflies(T* v, long n, long stride) {
 template <int K, class T, Access A>
 void lineWht(const T* src, T* dst, T s) {
     T v[1 << K];
-    for (long i = 0; i < (1 << K); ++i) v[i] = src[i];
+    for (long i = 0; i < (1 << K); ++i) v[i] = interim::get(src + i);
     interim::butterflies(v, 1 << K, 1);
-    for (long i = 0; i < (1 << K); ++i) dst[i] = v[i] * s;
+    for (long i = 0; i < (1 << K); ++i) interim::put(dst + i, v[i] * s);
 }
 
 template <int K, class T, Access A>
 void rowWht(const T* src, T* dst) {
-    for (long i = 0; i < (1 << K); ++i) dst[i] = src[i];
+    for (long i = 0; i < (1 << K); ++i) dst[i] = interim::get(src + i);
     interim::butterflies(dst, 1 << K, 1);
 }
 
@@ -39,7 +51,7 @@ void columnWht(const T* src, T* dst, long stride, T s) {
         T v[1 << K];
         for (long i = 0; i < (1 << K); ++i) v[i] = src[i * stride + lane];
         interim::butterflies(v, 1 << K, 1);
-        for (long i = 0; i < (1 << K); ++i) dst[i * stride + lane] = v[i] * s;
+        for (long i = 0; i < (1 << K); ++i) interim::put(dst + i * stride + lane, v[i] * s);
     }
 }
 

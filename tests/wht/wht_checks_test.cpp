@@ -49,7 +49,7 @@ void failuresLeaveOutputAlone(const Case& c) {
     GuardedBlock noBuffer(0);
     for (std::size_t offset : {0, 4}) {
         OffsetArray<T> src(c.n(), 0), dst(c.n(), offset);
-        src.assign(x);
+        store(src.data(), x);
         const auto call = [&](const T* s, T* d, int flag) {
             return kernel<T>(c.order)(s, d, flag, noBuffer.data());
         };
@@ -71,7 +71,7 @@ void genericMatchesSized(const Case& c) {
     bufferSize<T>(c.order, &bytes);
     OffsetArray<unsigned char> buffer(bytes, 0);
     OffsetArray<T> src(c.n(), 4);
-    src.assign(x);
+    store(src.data(), x);
     for (int flag : {int{ScaleNone}, int{ScaleBySqrtN}, int{ScaleFwdByN}, int{ScaleInvByN}, 3}) {
         for (const T* s : {static_cast<const T*>(src.data()), static_cast<const T*>(nullptr)}) {
             OffsetArray<T> viaSized(c.n(), 0), viaGeneric(c.n(), 0);
@@ -93,7 +93,7 @@ void allocatesOnlyAMissingBuffer(const Case& c) {
     bufferSize<T>(c.order, &bytes);
     OffsetArray<T> src(c.n(), 0), dst(c.n(), 0);
     OffsetArray<unsigned char> buffer(bytes, 0);
-    src.assign(x);
+    store(src.data(), x);
     const auto count = [&](const T* s, int flag, unsigned char* b, KfpStatus want) {
         probe = AllocationProbe{};
         probe.recording = true;

@@ -31,9 +31,9 @@ void inPlaceAlike(const Case& c) {
     OffsetArray<unsigned char> buffer(bytes, 0);
     for (std::size_t offset : {0, 4, 8}) {
         OffsetArray<T> data(c.n(), offset);
-        data.assign(x);
+        store(data.data(), x);
         ASSERT_EQ(kernel<T>(c.order)(data.data(), data.data(), ScaleFwdByN, buffer.data()), StatusOk);
-        EXPECT_TRUE(sameBits(outOfPlace, std::vector<T>(data.data(), data.data() + c.n()))) << "offset " << offset;
+        EXPECT_TRUE(sameBits(outOfPlace, load(data.data(), c.n()))) << "offset " << offset;
     }
 }
 TEST_P(WhtPaths, InPlaceGivesTheOutOfPlaceBits) { KFPG_WHT_FOR_PRECISION(GetParam(), inPlaceAlike); }
@@ -66,7 +66,7 @@ void staysInsideItsMemory(const Case& c) {
     T* out = reinterpret_cast<T*>(dst.data() + lead);
     ASSERT_EQ(kernel<T>(c.order)(reinterpret_cast<const T*>(src.data()), out, ScaleBySqrtN, buffer.data() + lead),
               StatusOk);
-    EXPECT_TRUE(sameBits(want, std::vector<T>(out, out + c.n())));
+    EXPECT_TRUE(sameBits(want, load(out, c.n())));
     for (std::size_t i = 0; i < lead; ++i) {
         ASSERT_EQ(dst.data()[i], kSentinel) << "wrote " << lead - i << " bytes before pDst";
         ASSERT_EQ(buffer.data()[i], kSentinel) << "wrote " << lead - i << " bytes before pBuffer";
