@@ -9,22 +9,22 @@
 
 namespace kfpg::wht {
 
-template <int K, class T, Access A>
+template <int K, class T, class Path>
 inline void blockedWht(const T* src, T* dst, T s, T* work) {
     constexpr Passes p = passesFor<T>(K);
     constexpr long n = 1L << K;
     constexpr long row = 1L << p.row;
     if constexpr (p.cross == 0) {
-        for (long r = 0; r < n; r += row) rowWht<p.row, T, A>(src + r, work + r);
-        for (long c = 0; c < row; c += kLanes<T>) columnWht<p.last, T, A>(work + c, dst + c, row, s);
+        for (long r = 0; r < n; r += row) Path::row(src + r, work + r);
+        for (long c = 0; c < row; c += kLanes<T>) Path::column(work + c, dst + c, s);
     } else {
         constexpr long block = row << p.cross;
         T* scratch = work + n;
         for (long b = 0; b < n; b += block) {
-            for (long r = 0; r < block; r += row) rowWht<p.row, T, A>(src + b + r, scratch + r);
-            for (long c = 0; c < row; c += kLanes<T>) crossWht<p.cross, T>(scratch + c, work + b + c, row);
+            for (long r = 0; r < block; r += row) Path::row(src + b + r, scratch + r);
+            for (long c = 0; c < row; c += kLanes<T>) Path::cross(scratch + c, work + b + c);
         }
-        for (long c = 0; c < block; c += kLanes<T>) columnWht<p.last, T, A>(work + c, dst + c, block, s);
+        for (long c = 0; c < block; c += kLanes<T>) Path::column(work + c, dst + c, s);
     }
 }
 

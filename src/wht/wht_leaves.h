@@ -1,36 +1,28 @@
-// The straight-line pieces the WHT kernels are built from. Each is a
-// template over the order K (2^K points), the element type and the access
-// to the caller's arrays; the work buffer is always accessed aligned.
+// What a WHT kernel path is made of. A path is a type with static member
+// functions, one type per order, element type and access to the caller's
+// arrays (aligned or unaligned 16-byte vector loads and stores); the work
+// buffer is always accessed aligned.
+//
+// Orders 1..7:
+//   static void line(const T* src, T* dst, T s);
+//     the whole transform; reads every element of src before it writes dst
+//     (which may equal src), each output multiplied by s.
+// Orders 8..13 (rows of 2^row elements, see Passes):
+//   static void row(const T* src, T* dst);
+//     unscaled WHT of one row of src into the aligned row dst.
+//   static void cross(const T* src, T* dst);            three-pass orders
+//     unscaled 2^cross-point WHT across the rows of a super-block for one
+//     vector of columns: element i at src + i * 2^row, aligned, to dst.
+//   static void column(const T* src, T* dst, T s);
+//     the final 2^last-point WHT for one vector of columns across the rows
+//     (two-pass) or super-blocks (three-pass), read aligned from the buffer
+//     and stored times s into dst at the same offsets.
 #pragma once
 
 namespace kfpg::wht {
 
-// How a piece accesses the caller's pSrc or pDst: 16-byte aligned vector
-// loads and stores, or unaligned ones.
-enum class Access { Aligned, Unaligned };
-
 // Elements per 16-byte vector.
 template <class T>
-constexpr long kLanes = 16 / sizeof(T);
-
-// Whole transform of order K: reads all 2^K elements of src before it writes
-// dst (which may equal src), every output multiplied by s.
-template <int K, class T, Access A>
-void lineWht(const T* src, T* dst, T s);
-
-// Unscaled 2^K-point WHT of a contiguous row of src into the aligned row dst.
-template <int K, class T, Access A>
-void rowWht(const T* src, T* dst);
-
-// 2^K-point WHT across rows for one vector of columns: element i is the
-// vector at src + i * stride (aligned); the results times s are stored at
-// dst + i * stride.
-template <int K, class T, Access A>
-void columnWht(const T* src, T* dst, long stride, T s);
-
-// Unscaled 2^K-point WHT across rows for one vector of columns, aligned
-// work buffer to aligned work buffer.
-template <int K, class T>
-void crossWht(const T* src, T* dst, long stride);
+constexpr long kLanes = 16 / static_cast<long>(sizeof(T));
 
 }  // namespace kfpg::wht
