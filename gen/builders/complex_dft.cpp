@@ -1,0 +1,256 @@
+#include "complex_dft.h"
+
+#include <algorithm>
+#include <map>
+#include <memory>
+#include <stdexcept>
+
+#include "builders/dft_table.h"
+#include "evaluate.h"
+
+namespace kfpg::gen {
+
+namespace {
+
+using Signal = std::vector<Slot>;
+
+long powMod(long base, long exp, long mod) {
+    long r = 1;
+    base %= mod;
+    for (; exp > 0; exp >>= 1, base = base * base % mod)
+        if (exp & 1) r = r * base % mod;
+    return r;
+}
+
+long inverseMod(long a, long mod) {
+    for (long x = 1; x < mod; ++x)
+        if (a * x % mod == 1) return x;
+    throw std::logic_error("no inverse");
+}
+
+// `group` (G) is how many slots share one value: 1 when every lane of a
+// value is an independent transform, 2 when one transform is spread over
+// the two lanes of a two-lane DAG.
+class Builder {
+public:
+    Builder(Dag& dag, const ComplexDftOptions& options) : dag_(dag), options_(options) {}
+
+    Signal transform(int n, const Signal& x, int sign, int group, bool block) {
+        const DftRow& row = dftRow(n);
+        const DftAlgorithm algo = block ? row.asBlock : row.kernel;
+        if (algo == DftAlgorithm::CooleyTukey || algo == DftAlgorithm::PrimeFactor)
+            return twoStage(row, algo == DftAlgorithm::CooleyTukey, x, sign, group);
+        if (algo == DftAlgorithm::Rader) return rader(n, x, sign, group);
+        // Leaves run lane-parallel; spread over lanes they use lane 0 only.
+        std::vector<NodeId> v;
+        for (const Slot& s : x) v.push_back(gather({s}));
+        const std::vector<NodeId> out =
+            algo == DftAlgorithm::Butterfly ? butterfly(v, sign) : direct(v, sign, !block && options_.wideDirectTerms);
+        return wholeValues(out);
+    }
+
+    std::vector<NodeId> parallel(int n, const std::vector<NodeId>& x, int sign, bool block) {
+        const Signal out = transform(n, wholeValues(x), sign, 1, block);
+        std::vector<NodeId> v;
+        for (const Slot& s : out) v.push_back(s.value);
+        return v;
+    }
+
+private:
+    static Signal wholeValues(const std::vector<NodeId>& v) {
+        Signal s;
+        for (NodeId id : v) s.push_back(Slot{id, 0, -1});
+        return s;
+    }
+
+    NodeId materialise(const Slot& s, int lane) {
+        if (s.element >= 0) {
+            if (dag_.lanes() == 1) return dag_.input(s.element);
+            std::vector<int> e(dag_.lanes(), -1);
+            e[lane] = s.element;
+            return dag_.inputLanes(e);
+        }
+        return s.value;
+    }
+
+    // One value whose lane l holds group[l] (lanes past the group are don't-care).
+    NodeId gather(const Signal& group) {
+        if (group.size() == 1 && (dag_.lanes() == 1 || group[0].element < 0)) {
+            const Slot& s = group[0];
+            if (s.element >= 0) return dag_.input(s.element);
+            return s.lane == 0 ? s.value : dag_.shuffle(s.value, s.lane, s.value, s.lane);
+        }
+        if (group.size() == 1) return dag_.inputLanes({group[0].element, -1});
+        const Slot &a = group[0], &b = group[1];
+        if (a.element >= 0 && b.element >= 0) return dag_.inputLanes({a.element, b.element});
+        const NodeId va = materialise(a, 0), vb = materialise(b, 1);
+        return dag_.shuffle(va, a.element >= 0 ? 0 : a.lane, vb, b.element >= 0 ? 1 : b.lane);
+    }
+
+    // Per-lane constants for a group: whole values repeat the first.
+    std::vector<Complex> laneConstants(const std::vector<Complex>& c, int group) {
+        std::vector<Complex> out(dag_.lanes());
+        for (int l = 0; l < dag_.lanes(); ++l) out[l] = group == 1 || l >= static_cast<int>(c.size()) ? c[0] : c[l];
+        return out;
+    }
+
+    std::vector<NodeId> butterfly(const std::vector<NodeId>& x, int sign) {
+        if (x.size() == 2) return {dag_.add(x[0], x[1]), dag_.sub(x[0], x[1])};
+        const NodeId a0 = dag_.add(x[0], x[2]), d0 = dag_.sub(x[0], x[2]);
+        const NodeId a1 = dag_.add(x[1], x[3]), d1 = dag_.sub(x[1], x[3]);
+        const NodeId r = dag_.mulI(sign, d1);
+        return {dag_.add(a0, a1), dag_.add(d0, r), dag_.sub(a0, a1), dag_.sub(d0, r)};
+    }
+
+    // Symmetric pairs: X[k] = t_k + sign i u_k, X[p-k] = t_k - sign i u_k.
+    std::vector<NodeId> direct(const std::vector<NodeId>& x, int sign, bool wide) {
+        const int p = static_cast<int>(x.size()), h = (p - 1) / 2;
+        std::vector<NodeId> a(h + 1), b(h + 1);
+        NodeId sum = x[0];
+        for (int m = 1; m <= h; ++m) {
+            a[m] = dag_.add(x[m], x[p - m]);
+            b[m] = dag_.sub(x[m], x[p - m]);
+            sum = dag_.add(sum, a[m]);
+        }
+        std::vector<NodeId> out(p);
+        out[0] = sum;
+        for (int k = 1; k <= h; ++k) {
+            NodeId t, u;
+            {
+                std::unique_ptr<Dag::WideScope> scope(wide ? new Dag::WideScope(dag_) : nullptr);
+                t = x[0];
+                u = -1;
+                for (int m = 1; m <= h; ++m) {
+                    const Complex w = unitRoot(static_cast<long>(k) * m, p, 1);
+                    t = dag_.add(t, dag_.scale(w.real(), a[m]));
+                    const NodeId term = dag_.scale(w.imag(), b[m]);
+                    u = u < 0 ? term : dag_.add(u, term);
+                }
+                t = dag_.narrow(t);
+                u = dag_.narrow(u);
+            }
+            const NodeId r = dag_.mulI(sign, u);
+            out[k] = dag_.add(t, r);
+            out[p - k] = dag_.sub(t, r);
+        }
+        return out;
+    }
+
+    // n = n1 n2: n2 transforms of size n1 over the columns, twiddles (Cooley-
+    // Tukey) or none (prime-factor, with index maps), n1 transforms of size n2.
+    Signal twoStage(const DftRow& row, bool twiddled, const Signal& x, int sign, int group) {
+        const int n = row.n, n1 = row.n1, n2 = row.n2;
+        auto inIndex = [&](int j1, int j2) { return twiddled ? j1 * n2 + j2 : (j1 * n2 + j2 * n1) % n; };
+        const long e1 = twiddled ? 0 : inverseMod(n2 % n1, n1), e2 = twiddled ? 0 : inverseMod(n1 % n2, n2);
+        auto outIndex = [&](int k1, int k2) {
+            return twiddled ? k1 + n1 * k2 : static_cast<int>((k1 * n2 * e1 + k2 * n1 * e2) % n);
+        };
+        // columns[c][k1]: value whose lanes hold columns c*group .. c*group+group-1.
+        std::vector<std::vector<NodeId>> columns;
+        for (int j2 = 0; j2 < n2; j2 += group) {
+            const int width = std::min(group, n2 - j2);
+            std::vector<NodeId> in(n1);
+            for (int j1 = 0; j1 < n1; ++j1) {
+                Signal g;
+                for (int l = 0; l < width; ++l) g.push_back(x[inIndex(j1, j2 + l)]);
+                in[j1] = gather(g);
+            }
+            std::vector<NodeId> y = parallel(n1, in, sign, true);
+            if (twiddled)
+                for (int k1 = 1; k1 < n1; ++k1) {
+                    std::vector<Complex> w;
+                    for (int l = 0; l < width; ++l) w.push_back(unitRoot(static_cast<long>(j2 + l) * k1, n, sign));
+                    y[k1] = dag_.cmulLanes(laneConstants(w, group), y[k1]);
+                }
+            columns.push_back(y);
+        }
+        Signal out(n);
+        for (int k1 = 0; k1 < n1; k1 += group) {
+            const int width = std::min(group, n1 - k1);
+            std::vector<NodeId> in(n2);
+            for (int j2 = 0; j2 < n2; ++j2) {
+                Signal g;
+                for (int l = 0; l < width; ++l) g.push_back(Slot{columns[j2 / group][k1 + l], j2 % group, -1});
+                in[j2] = gather(g);
+            }
+            const std::vector<NodeId> z = parallel(n2, in, sign, true);
+            for (int k2 = 0; k2 < n2; ++k2)
+                for (int l = 0; l < width; ++l) out[outIndex(k1 + l, k2)] = Slot{z[k2], group == 1 ? 0 : l, -1};
+        }
+        return out;
+    }
+
+    // Rader: X[0] = sum x; X[g^-k] = x[0] + (a * b)[k], a[m] = x[g^m], b[j] = w^(g^-j),
+    // the cyclic convolution done as DFT, product with the precomputed
+    // spectrum (holding 1/(p-1)), inverse DFT. x[0] enters the product's
+    // element 0, which adds it to every convolution output.
+    Signal rader(int p, const Signal& x, int sign, int group) {
+        const int m = p - 1;
+        const long g = primitiveRoot(p), gInv = inverseMod(g, p);
+        Signal a(m);
+        for (int j = 0; j < m; ++j) a[j] = x[powMod(g, j, p)];
+        std::vector<Complex> b(m);
+        for (int j = 0; j < m; ++j) b[j] = unitRoot(powMod(gInv, j, p), p, sign);
+        std::vector<Complex> spectrum = naiveDft(b, sign);
+        for (Complex& v : spectrum) v /= static_cast<Real>(m);
+
+        const Signal A = transform(m, a, sign, group, false);
+        const NodeId x0 = group == 1 ? gather({x[0]}) : zeroUpperLanes(x[0]);
+        Signal products(m);
+        NodeId total = -1;
+        for (int j = 0; j < m; j += group) {
+            const int width = std::min(group, m - j);
+            Signal g2(A.begin() + j, A.begin() + j + width);
+            const NodeId v = gather(g2);
+            std::vector<Complex> w(spectrum.begin() + j, spectrum.begin() + j + width);
+            NodeId y = dag_.cmulLanes(laneConstants(w, group), v);
+            if (j == 0) {
+                total = dag_.add(v, x0);
+                y = dag_.add(y, x0);
+            }
+            for (int l = 0; l < width; ++l) products[j + l] = Slot{y, group == 1 ? 0 : l, -1};
+        }
+        const Signal C = transform(m, products, -sign, group, false);
+        Signal out(p);
+        out[0] = Slot{total, 0, -1};
+        for (int k = 0; k < m; ++k) out[powMod(gInv, k, p)] = C[k];
+        return out;
+    }
+
+    // A value holding the slot in lane 0 and zero in the other lane.
+    NodeId zeroUpperLanes(const Slot& s) {
+        if (s.element >= 0) return dag_.inputLanes({s.element, -1});
+        return dag_.shuffle(s.value, s.lane, dag_.zero(), 0);
+    }
+
+    Dag& dag_;
+    ComplexDftOptions options_;
+};
+
+}  // namespace
+
+void buildComplexDft(Dag& dag, int n, const ComplexDftOptions& options) {
+    Builder builder(dag, options);
+    Signal x(n);
+    for (int i = 0; i < n; ++i) x[i].element = i;
+    const Signal out = builder.transform(n, x, options.sign, dag.lanes(), false);
+    // One output record per value, with the element each lane goes to.
+    std::vector<NodeId> order;
+    std::map<NodeId, std::vector<int>> lanes;
+    for (int k = 0; k < n; ++k) {
+        auto it = lanes.find(out[k].value);
+        if (it == lanes.end()) {
+            order.push_back(out[k].value);
+            it = lanes.emplace(out[k].value, std::vector<int>(dag.lanes(), -1)).first;
+        }
+        it->second[out[k].lane] = k;
+    }
+    for (NodeId v : order) dag.outputLanes(lanes[v], v);
+}
+
+std::vector<NodeId> parallelComplexDft(Dag& dag, int n, int sign, const std::vector<NodeId>& x, bool block) {
+    Builder builder(dag, ComplexDftOptions{sign, false});
+    return builder.parallel(n, x, sign, block);
+}
+
+}  // namespace kfpg::gen

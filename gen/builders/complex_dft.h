@@ -1,0 +1,35 @@
+// Builders of complex DFT DAGs: butterfly 2/4, direct symmetric pairs, Rader,
+// Cooley-Tukey with twiddles and prime-factor (Good-Thomas), composed as the
+// table in dft_table.h says.
+#pragma once
+
+#include <vector>
+
+#include "dag.h"
+
+namespace kfpg::gen {
+
+// One element of a transform in flight: either an input element not yet
+// loaded (element >= 0) or lane `lane` of a DAG value.
+struct Slot {
+    NodeId value = -1;
+    int lane = 0;
+    int element = -1;
+};
+
+struct ComplexDftOptions {
+    int sign = -1;                // -1 forward, +1 inverse
+    bool wideDirectTerms = false;  // single-precision lengths 3 and 5: weighted terms in double
+};
+
+// Builds the DFT of length n over input elements 0..n-1 into `dag` and
+// records its outputs. With a two-lane DAG the transform is spread over the
+// lanes: independent sub-transforms of a decomposition run side by side.
+void buildComplexDft(Dag& dag, int n, const ComplexDftOptions& options);
+
+// Lane-parallel DFT of length n on values x (every lane an independent
+// transform), as the table says for a block of a larger length (block) or a
+// kernel. Returns the n output values in natural order.
+std::vector<NodeId> parallelComplexDft(Dag& dag, int n, int sign, const std::vector<NodeId>& x, bool block);
+
+}  // namespace kfpg::gen

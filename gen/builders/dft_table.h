@@ -1,0 +1,25 @@
+// The per-length algorithm table of the complex DFT: which algorithm each
+// length uses, in which factor order, as a kernel of its own and as a block
+// inside a larger length. The builders read nothing else.
+#pragma once
+
+namespace kfpg::gen {
+
+enum class DftAlgorithm { Butterfly, Direct, Rader, CooleyTukey, PrimeFactor };
+
+struct DftRow {
+    int n;
+    DftAlgorithm kernel;   // as a stand-alone kernel
+    int n1, n2;            // composite lengths: first-stage size n1, second-stage size n2
+    DftAlgorithm asBlock;  // inside a composite length (the 7- and 11-point blocks are direct)
+};
+
+// Rows for n = 2..64.
+const DftRow& dftRow(int n);
+
+const char* algorithmName(DftAlgorithm a);
+
+// Smallest primitive root modulo the prime p.
+int primitiveRoot(int p);
+
+}  // namespace kfpg::gen

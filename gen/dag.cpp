@@ -1,0 +1,205 @@
+#include "dag.h"
+
+#include <cassert>
+#include <cmath>
+#include <stdexcept>
+
+namespace kfpg::gen {
+
+Dag::Dag(ValueKind kind, int lanes) : kind_(kind), lanes_(lanes) {}
+
+NodeId Dag::make(Op op, NodeId a, NodeId b, int arg) {
+    const bool wide = wide_ && op != Op::Input && op != Op::Zero && op != Op::Narrow;
+    const Key key{op, a, b, arg, wide};
+    auto it = index_.find(key);
+    if (it != index_.end()) return it->second;
+    nodes_.push_back(Node{op, a, b, arg, wide});
+    const NodeId id = static_cast<NodeId>(nodes_.size() - 1);
+    index_.emplace(key, id);
+    return id;
+}
+
+int Dag::intern(const std::vector<Complex>& values) {
+    std::vector<std::pair<Real, Real>> key;
+    for (const Complex& v : values) key.emplace_back(v.real() + 0.0L, v.imag() + 0.0L);  // -0 == +0
+    auto it = constantIndex_.find(key);
+    if (it != constantIndex_.end()) return it->second;
+    constants_.push_back(values);
+    const int id = static_cast<int>(constants_.size() - 1);
+    constantIndex_.emplace(key, id);
+    return id;
+}
+
+NodeId Dag::input(int index) { return inputLanes(std::vector<int>(lanes_, index)); }
+
+NodeId Dag::inputLanes(const std::vector<int>& elements) {
+    assert(static_cast<int>(elements.size()) == lanes_);
+    bool any = false;
+    for (int e : elements) any |= e >= 0;
+    if (!any) return zero();
+    auto it = inputIndex_.find(elements);
+    int slot;
+    if (it != inputIndex_.end()) {
+        slot = it->second;
+    } else {
+        inputs_.push_back(elements);
+        slot = static_cast<int>(inputs_.size() - 1);
+        inputIndex_.emplace(elements, slot);
+    }
+    return make(Op::Input, -1, -1, slot);
+}
+
+NodeId Dag::zero() { return make(Op::Zero, -1); }
+
+bool Dag::isNegativeScale(NodeId id) const {
+    const Node& n = nodes_[id];
+    if (n.op != Op::Scale || n.wide != wide_) return false;
+    for (const Complex& c : constants_[n.arg])
+        if (!(c.real() < 0)) return false;
+    return true;
+}
+
+NodeId Dag::add(NodeId a, NodeId b) {
+    const Node& na = nodes_[a];
+    const Node& nb = nodes_[b];
+    if (na.op == Op::Zero) return b;
+    if (nb.op == Op::Zero) return a;
+    if (nb.op == Op::Neg) return sub(a, nb.a);
+    if (na.op == Op::Neg) return sub(b, na.a);
+    if (isNegativeScale(b)) return sub(a, neg(b));
+    if (isNegativeScale(a)) return sub(b, neg(a));
+    return make(Op::Add, std::min(a, b), std::max(a, b));
+}
+
+NodeId Dag::sub(NodeId a, NodeId b) {
+    const Node& na = nodes_[a];
+    const Node& nb = nodes_[b];
+    if (a == b) return zero();
+    if (nb.op == Op::Zero) return a;
+    if (na.op == Op::Zero) return neg(b);
+    if (nb.op == Op::Neg) return add(a, nb.a);
+    if (isNegativeScale(b)) return add(a, neg(b));
+    return make(Op::Sub, a, b);
+}
+
+NodeId Dag::neg(NodeId a) {
+    const Node n = nodes_[a];
+    const bool sameMode = n.wide == wide_;
+    switch (n.op) {
+        case Op::Zero: return a;
+        case Op::Neg: return n.a;
+        case Op::Sub: if (sameMode) return sub(n.b, n.a); break;
+        case Op::MulI: if (sameMode) return mulI(-n.arg, n.a); break;
+        case Op::Scale:
+        case Op::CMul: {
+            if (!sameMode) break;
+            std::vector<Complex> c = constants_[n.arg];
+            for (Complex& v : c) v = -v;
+            return make(n.op, n.a, -1, intern(c));
+        }
+        default: break;
+    }
+    return make(Op::Neg, a);
+}
+
+NodeId Dag::scale(Real c, NodeId a) { return scaleLanes(std::vector<Real>(lanes_, c), a); }
+
+NodeId Dag::scaleLanes(const std::vector<Real>& c, NodeId a) {
+    bool allOne = true, allMinusOne = true, allZero = true;
+    for (Real v : c) allOne &= v == 1, allMinusOne &= v == -1, allZero &= v == 0;
+    if (allZero) return zero();
+    if (allOne) return a;
+    if (allMinusOne) return neg(a);
+    const Node n = nodes_[a];
+    if (n.op == Op::Zero) return a;
+    std::vector<Complex> k(c.begin(), c.end());
+    if (n.op == Op::Neg) {
+        for (Complex& v : k) v = -v;
+        return make(Op::Scale, n.a, -1, intern(k));
+    }
+    if (n.op == Op::Scale && n.wide == wide_) {
+        for (int l = 0; l < lanes_; ++l) k[l] *= constants_[n.arg][l];
+        return make(Op::Scale, n.a, -1, intern(k));
+    }
+    return make(Op::Scale, a, -1, intern(k));
+}
+
+NodeId Dag::mulI(int sign, NodeId a) {
+    if (kind_ != ValueKind::Complex) throw std::logic_error("mulI on a real DAG");
+    const Node n = nodes_[a];
+    if (n.op == Op::Zero) return a;
+    if (n.op == Op::Neg) return mulI(-sign, n.a);
+    if (n.op == Op::MulI) return sign == n.arg ? neg(n.a) : n.a;
+    return make(Op::MulI, a, -1, sign);
+}
+
+NodeId Dag::cmul(Complex w, NodeId a) { return cmulLanes(std::vector<Complex>(lanes_, w), a); }
+
+NodeId Dag::cmulLanes(const std::vector<Complex>& w, NodeId a) {
+    if (kind_ != ValueKind::Complex) throw std::logic_error("cmul on a real DAG");
+    bool real = true, imag = true, uniform = true;
+    for (const Complex& v : w) real &= v.imag() == 0, imag &= v.real() == 0, uniform &= v == w[0];
+    std::vector<Real> part(lanes_);
+    if (real) {
+        for (int l = 0; l < lanes_; ++l) part[l] = w[l].real();
+        return scaleLanes(part, a);
+    }
+    if (imag) {
+        for (int l = 0; l < lanes_; ++l) part[l] = w[l].imag();
+        return mulI(1, scaleLanes(part, a));
+    }
+    // w = r (1 + sigma i) with |re| == |im|: two adds and two multiplications.
+    if (uniform && std::fabs(w[0].real()) == std::fabs(w[0].imag())) {
+        const int sigma = (w[0].imag() > 0) == (w[0].real() > 0) ? 1 : -1;
+        return scale(w[0].real(), add(a, mulI(sigma, a)));
+    }
+    const Node n = nodes_[a];
+    if (n.op == Op::Neg) {
+        std::vector<Complex> k(w);
+        for (Complex& v : k) v = -v;
+        return cmulLanes(k, n.a);
+    }
+    return make(Op::CMul, a, -1, intern(w));
+}
+
+NodeId Dag::shuffle(NodeId a, int laneA, NodeId b, int laneB) {
+    if (lanes_ != 2) throw std::logic_error("shuffle needs two lanes");
+    if (a == b && laneA == 0 && laneB == 1) return a;
+    return make(Op::Shuffle, a, b, laneA | (laneB << 1));
+}
+
+NodeId Dag::narrow(NodeId a) {
+    if (!nodes_[a].wide) return a;
+    return make(Op::Narrow, a);
+}
+
+void Dag::output(int element, NodeId value) { outputLanes(std::vector<int>(lanes_, element), value); }
+
+void Dag::outputLanes(const std::vector<int>& elements, NodeId value) { outputs_.push_back({value, elements}); }
+
+FlopCount countFlops(const Dag& dag) {
+    // Only nodes that some output depends on count.
+    std::vector<char> live(dag.nodes().size(), 0);
+    for (const Output& o : dag.outputs()) live[o.value] = 1;
+    for (NodeId id = static_cast<NodeId>(live.size()) - 1; id >= 0; --id) {
+        if (!live[id]) continue;
+        const Node& n = dag.node(id);
+        if (n.a >= 0) live[n.a] = 1;
+        if (n.b >= 0) live[n.b] = 1;
+    }
+    const int parts = dag.kind() == ValueKind::Complex ? 2 : 1;
+    FlopCount f;
+    for (NodeId id = 0; id < static_cast<NodeId>(live.size()); ++id) {
+        if (!live[id]) continue;
+        switch (dag.node(id).op) {
+            case Op::Add:
+            case Op::Sub: f.adds += parts; break;
+            case Op::Scale: f.muls += parts; break;
+            case Op::CMul: f.adds += 2, f.muls += 4; break;
+            default: break;
+        }
+    }
+    return f;
+}
+
+}  // namespace kfpg::gen

@@ -1,0 +1,287 @@
+#include "emit.h"
+
+#include <cmath>
+#include <cstdio>
+#include <map>
+#include <stdexcept>
+#include <vector>
+
+namespace kfpg::gen {
+
+std::string literal(Real c, Precision precision) {
+    char buf[64];
+    if (precision == Precision::F32)
+        std::snprintf(buf, sizeof buf, "%af", static_cast<double>(static_cast<float>(c)));
+    else
+        std::snprintf(buf, sizeof buf, "%a", static_cast<double>(c));
+    return buf;
+}
+
+namespace {
+
+class Emitter {
+public:
+    Emitter(const Dag& dag, const EmitOptions& options) : dag_(dag), o_(options) {
+        if (o_.mode == EmitMode::Vertical && dag_.kind() != ValueKind::Real)
+            throw std::logic_error("vertical mode needs a real DAG");
+    }
+
+    EmitResult run() {
+        std::vector<char> visited(dag_.nodes().size(), 0);
+        std::vector<NodeId> order;
+        for (const Output& out : dag_.outputs()) visit(out.value, visited, order);
+
+        std::map<NodeId, std::vector<int>> outputsOf;
+        for (int i = 0; i < static_cast<int>(dag_.outputs().size()); ++i) outputsOf[dag_.outputs()[i].value].push_back(i);
+        int loadsLeft = 0;
+        for (NodeId id : order) loadsLeft += dag_.node(id).op == Op::Input;
+        std::vector<int> pending;
+        for (NodeId id : order) {
+            emitNode(id);
+            if (dag_.node(id).op == Op::Input && --loadsLeft == 0) {
+                for (int i : pending) emitStore(dag_.outputs()[i]);
+                pending.clear();
+            }
+            auto it = outputsOf.find(id);
+            if (it == outputsOf.end()) continue;
+            for (int i : it->second) {
+                if (loadsLeft == 0)
+                    emitStore(dag_.outputs()[i]);
+                else
+                    pending.push_back(i);
+            }
+        }
+        for (int i : pending) emitStore(dag_.outputs()[i]);
+        return EmitResult{constants_ + code_, counts_};
+    }
+
+private:
+    bool vector() const { return o_.mode != EmitMode::Scalar; }
+    bool f64() const { return o_.precision == Precision::F64; }
+    bool complexValues() const { return dag_.kind() == ValueKind::Complex; }
+    std::string vtype() const { return f64() ? "__m128d" : "__m128"; }
+    std::string sfx() const { return f64() ? "pd" : "ps"; }
+    int width() const { return f64() ? 2 : 4; }
+
+    // Depth-first from the outputs: values are computed close to their use.
+    void visit(NodeId id, std::vector<char>& visited, std::vector<NodeId>& order) const {
+        if (visited[id]) return;
+        visited[id] = 1;
+        const Node& n = dag_.node(id);
+        if (n.a >= 0) visit(n.a, visited, order);
+        if (n.b >= 0) visit(n.b, visited, order);
+        order.push_back(id);
+    }
+
+    // Lane and component of vector slot s.
+    int laneOf(int s) const {
+        if (o_.mode == EmitMode::Vertical) return 0;
+        return std::min(s / 2, dag_.lanes() - 1);
+    }
+
+    std::string vectorConstant(const std::vector<Real>& v) {
+        std::string text = "_mm_setr_" + sfx() + "(";
+        for (std::size_t i = 0; i < v.size(); ++i) text += (i ? ", " : "") + literal(v[i], o_.precision);
+        text += ")";
+        auto it = constantNames_.find(text);
+        if (it != constantNames_.end()) return it->second;
+        const std::string name = "k" + std::to_string(constantNames_.size());
+        constants_ += "    const " + vtype() + " " + name + " = " + text + ";\n";
+        constantNames_.emplace(text, name);
+        return name;
+    }
+
+    template <class F>
+    std::string constantFrom(F value) {
+        std::vector<Real> v(width());
+        for (int s = 0; s < width(); ++s) v[s] = value(laneOf(s), o_.mode == EmitMode::Vertical ? 0 : s % 2);
+        return vectorConstant(v);
+    }
+
+    std::string var(NodeId id) const { return "v" + std::to_string(id); }
+    void line(const std::string& s) { code_ += "    " + s + "\n"; }
+    std::string call(const std::string& f, const std::string& a, const std::string& b = "") {
+        return "_mm_" + f + "_" + sfx() + "(" + a + (b.empty() ? "" : ", " + b) + ")";
+    }
+    std::string swapped(const std::string& a) {
+        ++counts_.shuffles;
+        return f64() ? "_mm_shuffle_pd(" + a + ", " + a + ", 1)" : "_mm_shuffle_ps(" + a + ", " + a + ", 0xB1)";
+    }
+
+    std::string srcElement(int e) const { return "(" + o_.src + " + " + std::to_string(e) + ")"; }
+    std::string dstElement(int e) const { return "(" + o_.dst + " + " + std::to_string(e) + ")"; }
+
+    std::string vectorLoad(const Node& n) {
+        const std::vector<int>& e = dag_.inputElements(n.arg);
+        if (o_.mode == EmitMode::Vertical) {
+            ++counts_.loads;
+            return call(o_.aligned ? "load" : "loadu", "(const " + std::string(f64() ? "double" : "float") + "*)(" + o_.load(e[0]) + ")");
+        }
+        if (f64()) {
+            ++counts_.loads;
+            return call(o_.aligned ? "load" : "loadu", "(const double*)" + srcElement(e[0]));
+        }
+        const int e0 = e[0], e1 = e.size() > 1 ? e[1] : -1;
+        if (e0 >= 0 && e1 == e0 + 1) {
+            ++counts_.loads;
+            return call(o_.aligned && e0 % 2 == 0 ? "load" : "loadu", "(const float*)" + srcElement(e0));
+        }
+        std::string v = "_mm_setzero_ps()";
+        if (e0 >= 0) ++counts_.loads, v = "_mm_castpd_ps(_mm_load_sd((const double*)" + srcElement(e0) + "))";
+        if (e1 >= 0) ++counts_.loads, v = "_mm_loadh_pi(" + v + ", (const __m64*)" + srcElement(e1) + ")";
+        return v;
+    }
+
+    void emitVectorNode(NodeId id) {
+        const Node& n = dag_.node(id);
+        const std::string a = n.a >= 0 ? var(n.a) : "", b = n.b >= 0 ? var(n.b) : "";
+        std::string expr;
+        switch (n.op) {
+            case Op::Input: expr = vectorLoad(n); break;
+            case Op::Zero: expr = "_mm_setzero_" + sfx() + "()"; break;
+            case Op::Add: ++counts_.arithmetic, expr = call("add", a, b); break;
+            case Op::Sub: ++counts_.arithmetic, expr = call("sub", a, b); break;
+            case Op::Neg:
+                ++counts_.arithmetic;
+                expr = call("xor", a, constantFrom([](int, int) { return -0.0L; }));
+                break;
+            case Op::Scale: {
+                const auto& c = dag_.constant(n.arg);
+                ++counts_.arithmetic;
+                expr = call("mul", a, constantFrom([&](int l, int) { return c[l].real(); }));
+                break;
+            }
+            case Op::MulI: {
+                // i a = (-im, re): swap, then flip the sign of the real part (-i: of the imaginary part).
+                const int negPart = n.arg > 0 ? 0 : 1;
+                ++counts_.arithmetic;
+                expr = call("xor", swapped(a), constantFrom([&](int, int p) { return p == negPart ? -0.0L : 0.0L; }));
+                break;
+            }
+            case Op::CMul: {
+                const auto& c = dag_.constant(n.arg);
+                const std::string re = constantFrom([&](int l, int) { return c[l].real(); });
+                const std::string im = constantFrom([&](int l, int p) { return p == 0 ? -c[l].imag() : c[l].imag(); });
+                counts_.arithmetic += 3;
+                expr = call("add", call("mul", a, re), call("mul", swapped(a), im));
+                break;
+            }
+            case Op::Shuffle: {
+                const int la = n.arg & 1, lb = n.arg >> 1;
+                const int imm = (2 * la) | ((2 * la + 1) << 2) | ((2 * lb) << 4) | ((2 * lb + 1) << 6);
+                ++counts_.shuffles;
+                expr = "_mm_shuffle_ps(" + a + ", " + b + ", " + std::to_string(imm) + ")";
+                break;
+            }
+            case Op::Narrow: throw std::logic_error("precision marks need scalar mode");
+        }
+        line("const " + vtype() + " " + var(id) + " = " + expr + ";");
+    }
+
+    // Scalar mode: component p (0 re, 1 im) of node id, widened when wanted.
+    std::string ref(NodeId id, int p, bool wide) const {
+        std::string name = var(id) + (complexValues() ? (p ? "i" : "r") : "");
+        return wide && !dag_.node(id).wide ? "(double)" + name : name;
+    }
+
+    void emitScalarNode(NodeId id) {
+        const Node& n = dag_.node(id);
+        const bool w = n.wide;
+        const Precision prec = w ? Precision::F64 : o_.precision;
+        const std::string type = w || f64() ? "double" : "float";
+        const int parts = complexValues() ? 2 : 1;
+        std::string expr[2];
+        for (int p = 0; p < parts; ++p) {
+            auto A = [&](int q) { return ref(n.a, q, w); };
+            auto B = [&](int q) { return ref(n.b, q, w); };
+            switch (n.op) {
+                case Op::Input: {
+                    const int e = dag_.inputElements(n.arg)[0];
+                    expr[p] = complexValues() ? o_.src + "[" + std::to_string(e) + "]." + (p ? "im" : "re") : "*(" + o_.load(e) + ")";
+                    ++counts_.loads;
+                    break;
+                }
+                case Op::Zero: expr[p] = literal(0, prec); break;
+                case Op::Add: ++counts_.arithmetic, expr[p] = A(p) + " + " + B(p); break;
+                case Op::Sub: ++counts_.arithmetic, expr[p] = A(p) + " - " + B(p); break;
+                case Op::Neg: ++counts_.arithmetic, expr[p] = "-" + A(p); break;
+                case Op::Scale:
+                    ++counts_.arithmetic;
+                    expr[p] = literal(dag_.constant(n.arg)[0].real(), prec) + " * " + A(p);
+                    break;
+                case Op::MulI: expr[p] = (p == 0) == (n.arg > 0) ? "-" + A(1 - p) : A(1 - p); break;
+                case Op::CMul: {
+                    const Complex c = dag_.constant(n.arg)[0];
+                    counts_.arithmetic += 3;
+                    expr[p] = p == 0 ? literal(c.real(), prec) + " * " + A(0) + " - " + literal(c.imag(), prec) + " * " + A(1)
+                                     : literal(c.real(), prec) + " * " + A(1) + " + " + literal(c.imag(), prec) + " * " + A(0);
+                    break;
+                }
+                case Op::Narrow: ++counts_.arithmetic, expr[p] = "(float)" + A(p); break;
+                case Op::Shuffle: throw std::logic_error("shuffle needs vector mode");
+            }
+        }
+        if (n.op == Op::Narrow) {
+            line("const float " + ref(id, 0, false) + " = " + expr[0] + (parts > 1 ? ", " + ref(id, 1, false) + " = " + expr[1] : "") + ";");
+            return;
+        }
+        line("const " + type + " " + ref(id, 0, false) + " = " + expr[0] +
+             (parts > 1 ? ", " + ref(id, 1, false) + " = " + expr[1] : "") + ";");
+    }
+
+    void emitNode(NodeId id) { vector() ? emitVectorNode(id) : emitScalarNode(id); }
+
+    void emitStore(const Output& out) {
+        if (!vector()) {
+            const int e = out.elements[0];
+            const std::string s = o_.scaleVar.empty() ? "" : " * " + o_.scaleVar;
+            if (complexValues()) {
+                line(o_.dst + "[" + std::to_string(e) + "].re = " + ref(out.value, 0, false) + s + ";");
+                line(o_.dst + "[" + std::to_string(e) + "].im = " + ref(out.value, 1, false) + s + ";");
+                counts_.stores += 2, counts_.arithmetic += o_.scaleVar.empty() ? 0 : 2;
+            } else {
+                line("*(" + o_.store(e) + ") = " + ref(out.value, 0, false) + s + ";");
+                counts_.stores += 1, counts_.arithmetic += o_.scaleVar.empty() ? 0 : 1;
+            }
+            return;
+        }
+        std::string v = var(out.value);
+        if (!o_.scaleVar.empty()) {
+            ++counts_.arithmetic;
+            const std::string scaled = "o" + std::to_string(out.value);
+            line("const " + vtype() + " " + scaled + " = " + call("mul", v, o_.scaleVar) + ";");
+            v = scaled;
+        }
+        const std::vector<int>& e = out.elements;
+        if (o_.mode == EmitMode::Vertical) {
+            ++counts_.stores;
+            line(call(o_.aligned ? "store" : "storeu", "(" + std::string(f64() ? "double" : "float") + "*)(" + o_.store(e[0]) + ")", v) + ";");
+            return;
+        }
+        if (f64()) {
+            ++counts_.stores;
+            line(call(o_.aligned ? "store" : "storeu", "(double*)" + dstElement(e[0]), v) + ";");
+            return;
+        }
+        const int e0 = e[0], e1 = e.size() > 1 ? e[1] : -1;
+        if (e0 >= 0 && e1 == e0 + 1) {
+            ++counts_.stores;
+            line(call(o_.aligned && e0 % 2 == 0 ? "store" : "storeu", "(float*)" + dstElement(e0), v) + ";");
+            return;
+        }
+        if (e0 >= 0) ++counts_.stores, line("_mm_storel_pi((__m64*)" + dstElement(e0) + ", " + v + ");");
+        if (e1 >= 0) ++counts_.stores, line("_mm_storeh_pi((__m64*)" + dstElement(e1) + ", " + v + ");");
+    }
+
+    const Dag& dag_;
+    const EmitOptions& o_;
+    std::string constants_, code_;
+    std::map<std::string, std::string> constantNames_;
+    OpCounts counts_;
+};
+
+}  // namespace
+
+EmitResult emitBody(const Dag& dag, const EmitOptions& options) { return Emitter(dag, options).run(); }
+
+}  // namespace kfpg::gen

@@ -1,0 +1,53 @@
+// Emitter: schedules a DAG and prints it as C++ with SSE2 intrinsics (or
+// plain scalar code), counting the instructions it writes.
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "dag.h"
+
+namespace kfpg::gen {
+
+enum class EmitMode {
+    Scalar,         // one float/double variable per real component
+    ComplexVector,  // complex DAG: __m128d = one complex (64f); __m128 = `lanes` (1 or 2) complex (32f)
+    Vertical,       // real DAG: __m128 / __m128d, every lane an independent transform
+};
+
+enum class Precision { F32, F64 };
+
+struct EmitOptions {
+    EmitMode mode = EmitMode::ComplexVector;
+    Precision precision = Precision::F64;
+    // Aligned loads/stores where the address allows (the array bases are then
+    // taken to be 16-byte aligned); false: unaligned forms only.
+    bool aligned = true;
+    // Complex modes: element pointers (kfp32fc* / kfp64fc*).
+    std::string src = "pSrc", dst = "pDst";
+    // Vertical mode (and real Scalar mode): pointer expression of element i.
+    std::function<std::string(int)> load, store;
+    // Variable multiplied into every output as the last step; empty: none.
+    std::string scaleVar;
+};
+
+struct OpCounts {
+    long arithmetic = 0;  // add, sub, mul, xor (vector or scalar instructions)
+    long shuffles = 0;
+    long loads = 0;
+    long stores = 0;
+    long total() const { return arithmetic + shuffles + loads + stores; }
+};
+
+struct EmitResult {
+    std::string body;  // statements, indented by four spaces
+    OpCounts counts;
+};
+
+// All loads come before the first store, so the code is safe in place.
+EmitResult emitBody(const Dag& dag, const EmitOptions& options);
+
+// Exact C++ literal of c rounded to the precision (hex float).
+std::string literal(Real c, Precision precision);
+
+}  // namespace kfpg::gen

@@ -1,0 +1,80 @@
+#include "evaluate.h"
+
+#include <cmath>
+#include <limits>
+#include <stdexcept>
+#include <string>
+
+namespace kfpg::gen {
+
+Complex unitRoot(long k, long n, int sign) {
+    k %= n;
+    if (k < 0) k += n;
+    // Exact values on the axes and diagonals keep the simplifier's special cases exact.
+    if (k == 0) return {1, 0};
+    if (2 * k == n) return {-1, 0};
+    if (4 * k == n) return {0, static_cast<Real>(sign)};
+    if (4 * k == 3 * n) return {0, static_cast<Real>(-sign)};
+    const Real angle = 2 * 3.14159265358979323846264338327950288L * static_cast<Real>(k) / static_cast<Real>(n);
+    Real c = std::cos(angle), s = std::sin(angle);
+    if (8 * k == n || 8 * k == 3 * n || 8 * k == 5 * n || 8 * k == 7 * n) {
+        const Real h = std::sqrt(0.5L);
+        c = std::copysign(h, c), s = std::copysign(h, s);
+    }
+    return {c, sign * s};
+}
+
+std::vector<Complex> naiveDft(const std::vector<Complex>& x, int sign) {
+    const long n = static_cast<long>(x.size());
+    std::vector<Complex> out(n);
+    for (long k = 0; k < n; ++k) {
+        Complex sum = 0;
+        for (long j = 0; j < n; ++j) sum += x[j] * unitRoot(j * k, n, sign);
+        out[k] = sum;
+    }
+    return out;
+}
+
+std::vector<Complex> evaluate(const Dag& dag, const std::vector<Complex>& x, int outputCount) {
+    const int lanes = dag.lanes();
+    std::vector<std::vector<Complex>> v(dag.nodes().size(), std::vector<Complex>(lanes));
+    for (NodeId id = 0; id < static_cast<NodeId>(dag.nodes().size()); ++id) {
+        const Node& n = dag.node(id);
+        for (int l = 0; l < lanes; ++l) {
+            Complex& r = v[id][l];
+            switch (n.op) {
+                case Op::Input: {
+                    const int e = dag.inputElements(n.arg)[l];
+                    r = e < 0 ? Complex(0) : x.at(e);
+                    break;
+                }
+                case Op::Zero: r = 0; break;
+                case Op::Add: r = v[n.a][l] + v[n.b][l]; break;
+                case Op::Sub: r = v[n.a][l] - v[n.b][l]; break;
+                case Op::Neg: r = -v[n.a][l]; break;
+                case Op::Scale: r = v[n.a][l] * dag.constant(n.arg)[l].real(); break;
+                case Op::MulI: r = v[n.a][l] * Complex(0, static_cast<Real>(n.arg)); break;
+                case Op::CMul: r = v[n.a][l] * dag.constant(n.arg)[l]; break;
+                case Op::Shuffle: r = l == 0 ? v[n.a][n.arg & 1] : v[n.b][n.arg >> 1]; break;
+                case Op::Narrow: r = v[n.a][l]; break;
+            }
+        }
+    }
+    const Real nan = std::numeric_limits<Real>::quiet_NaN();
+    std::vector<Complex> out(outputCount, Complex(nan, nan));
+    std::vector<char> written(outputCount, 0);
+    for (const Output& o : dag.outputs()) {
+        for (int l = 0; l < lanes; ++l) {
+            const int e = o.elements[l];
+            if (e < 0) continue;
+            const Complex value = v[o.value][l];
+            if (written[e] && std::abs(out[e] - value) > 1e-12L * (1 + std::abs(value)))
+                throw std::runtime_error("output element " + std::to_string(e) + " written twice");
+            out[e] = value;
+            written[e] = 1;
+        }
+    }
+    return out;
+}
+
+}  // namespace kfpg::gen
