@@ -115,7 +115,7 @@ private:
         const std::vector<int>& e = dag_.inputElements(n.arg);
         if (o_.mode == EmitMode::Vertical) {
             ++counts_.loads;
-            return call(o_.aligned ? "load" : "loadu", "(const " + std::string(f64() ? "double" : "float") + "*)(" + o_.load(e[0]) + ")");
+            return call(o_.aligned && o_.alignedLoads ? "load" : "loadu", "(const " + std::string(f64() ? "double" : "float") + "*)(" + o_.load(e[0]) + ")");
         }
         if (f64()) {
             ++counts_.loads;
@@ -167,9 +167,15 @@ private:
                 break;
             }
             case Op::Shuffle: {
+                ++counts_.shuffles;
+                if (o_.mode == EmitMode::Vertical) {
+                    // One element per lane: the arg is the shufps/shufpd immediate.
+                    if (dag_.lanes() != width()) throw std::logic_error("vertical shuffles need one element per lane");
+                    expr = "_mm_shuffle_" + sfx() + "(" + a + ", " + b + ", " + std::to_string(n.arg) + ")";
+                    break;
+                }
                 const int la = n.arg & 1, lb = n.arg >> 1;
                 const int imm = (2 * la) | ((2 * la + 1) << 2) | ((2 * lb) << 4) | ((2 * lb + 1) << 6);
-                ++counts_.shuffles;
                 expr = "_mm_shuffle_ps(" + a + ", " + b + ", " + std::to_string(imm) + ")";
                 break;
             }
@@ -255,7 +261,7 @@ private:
         const std::vector<int>& e = out.elements;
         if (o_.mode == EmitMode::Vertical) {
             ++counts_.stores;
-            line(call(o_.aligned ? "store" : "storeu", "(" + std::string(f64() ? "double" : "float") + "*)(" + o_.store(e[0]) + ")", v) + ";");
+            line(call(o_.aligned && o_.alignedStores ? "store" : "storeu", "(" + std::string(f64() ? "double" : "float") + "*)(" + o_.store(e[0]) + ")", v) + ";");
             return;
         }
         if (f64()) {
