@@ -1,5 +1,6 @@
 #include "emit.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <map>
@@ -30,6 +31,7 @@ public:
         std::vector<char> visited(dag_.nodes().size(), 0);
         std::vector<NodeId> order;
         for (const Output& out : dag_.outputs()) visit(out.value, visited, order);
+        if (o_.schedule == Schedule::AsBuilt) std::sort(order.begin(), order.end());
 
         std::map<NodeId, std::vector<int>> outputsOf;
         for (int i = 0; i < static_cast<int>(dag_.outputs().size()); ++i) outputsOf[dag_.outputs()[i].value].push_back(i);

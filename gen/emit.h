@@ -17,6 +17,12 @@ enum class EmitMode {
 
 enum class Precision { F32, F64 };
 
+// Order in which the emitter writes the nodes.
+enum class Schedule {
+    DepthFirst,  // depth-first from the outputs: values computed close to their use
+    AsBuilt,     // creation order: the builder already created them register-friendly
+};
+
 struct EmitOptions {
     EmitMode mode = EmitMode::ComplexVector;
     Precision precision = Precision::F64;
@@ -33,6 +39,7 @@ struct EmitOptions {
     std::function<std::string(int)> load, store;
     // Variable multiplied into every output as the last step; empty: none.
     std::string scaleVar;
+    Schedule schedule = Schedule::DepthFirst;
 };
 
 struct OpCounts {

@@ -1,5 +1,7 @@
 // Builders of Walsh-Hadamard DAGs: radix-2 butterflies (a + b, a - b) only,
-// natural (Hadamard) order.
+// natural (Hadamard) order. Both create their nodes depth-first over blocks
+// of values, so that a block stays in registers: emit them as built
+// (Schedule::AsBuilt).
 #pragma once
 
 #include <vector>
