@@ -77,7 +77,9 @@ private:
 
     // Lane and component of vector slot s.
     int laneOf(int s) const {
-        if (o_.mode == EmitMode::Vertical) return 0;
+        // Vertical: one element per lane when the DAG's lanes fill the vector,
+        // else every lane runs the same one-lane DAG.
+        if (o_.mode == EmitMode::Vertical) return dag_.lanes() == width() ? s : 0;
         return std::min(s / 2, dag_.lanes() - 1);
     }
 
@@ -150,7 +152,12 @@ private:
             case Op::Scale: {
                 const auto& c = dag_.constant(n.arg);
                 ++counts_.arithmetic;
-                expr = call("mul", a, constantFrom([&](int l, int) { return c[l].real(); }));
+                bool signsOnly = true;
+                for (const Complex& v : c) signsOnly &= v.real() == 1 || v.real() == -1;
+                if (signsOnly)  // per-lane sign flips: exact, and no multiplier needed
+                    expr = call("xor", a, constantFrom([&](int l, int) { return c[l].real() < 0 ? -0.0L : 0.0L; }));
+                else
+                    expr = call("mul", a, constantFrom([&](int l, int) { return c[l].real(); }));
                 break;
             }
             case Op::MulI: {

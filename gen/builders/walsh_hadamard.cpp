@@ -47,6 +47,17 @@ void transposeGroup(Dag& dag, std::vector<NodeId>& v, int lo) {
     }
 }
 
+// Radix-2 stage over the lane bit `bit` inside value x: every lane gets its
+// partner lane (a shuffle) plus itself with the sign flipped in the upper
+// lanes of each pair, i.e. lower + upper and lower - upper.
+NodeId laneStage(Dag& dag, NodeId x, int bit) {
+    const int lanes = dag.lanes(), h = 1 << bit;
+    std::vector<int> partner(lanes);
+    std::vector<Real> signs(lanes);
+    for (int l = 0; l < lanes; ++l) partner[l] = l ^ h, signs[l] = l & h ? -1 : 1;
+    return dag.add(dag.shuffleHalves(x, x, partner), dag.scaleLanes(signs, x));
+}
+
 // Butterflies over all value-index bits of v, in the order that keeps a
 // block's values together: a block of 2^leafBits values is made by `leaf`,
 // a larger block is its two halves followed by the stage across them. At the
@@ -99,14 +110,19 @@ std::vector<int> elementsOf(int i, int lanes, int stride) {
 
 }  // namespace
 
-void buildContiguousWht(Dag& dag, int order) {
+void buildContiguousWht(Dag& dag, int order, LaneBits laneScheme) {
     const int lanes = dag.lanes();
     const int laneBits = log2Exact(lanes);
     const int count = (1 << order) / lanes;
     if (lanes > 1 && count < lanes) throw std::logic_error("WHT order too small for its vectors");
     std::vector<NodeId> v(count);
-    if (lanes == 1) {
-        DepthFirstWht(dag, v, 0, [&](int i) { v[i] = dag.input(i); }, [&](int i) { dag.output(i, v[i]); }).run();
+    const auto output = [&](int i) { dag.outputLanes(elementsOf(i, lanes, 0), v[i]); };
+    if (lanes == 1 || laneScheme == LaneBits::InVector) {
+        const auto leaf = [&](int i) {
+            v[i] = dag.inputLanes(elementsOf(i, lanes, 0));
+            for (int bit = 0; bit < laneBits; ++bit) v[i] = laneStage(dag, v[i], bit);
+        };
+        DepthFirstWht(dag, v, 0, leaf, output).run();
         return;
     }
     // Transposed, a value's position within its group stands for the lowest
@@ -121,7 +137,7 @@ void buildContiguousWht(Dag& dag, int order) {
     const auto finish = [&](int lo) {
         transposeGroup(dag, v, lo);
         for (int bit = 0; bit < laneBits; ++bit) stage(dag, v, lo, lanes, bit);
-        for (int i = lo; i < lo + lanes; ++i) dag.outputLanes(elementsOf(i, lanes, 0), v[i]);
+        for (int i = lo; i < lo + lanes; ++i) output(i);
     };
     DepthFirstWht(dag, v, laneBits, leaf, finish).run();
 }

@@ -10,12 +10,21 @@
 
 namespace kfpg::gen {
 
+// How the index bits inside a value (lane bits) get their butterflies.
+enum class LaneBits {
+    // Each group of `lanes` values is transposed (shuffles), the lane bits
+    // are butterflied across values like all others, and the group is
+    // transposed back: shuffles and whole-value adds and subs only.
+    Transpose,
+    // Each value meets its own lane-swapped copy: shuffle, per-lane sign
+    // flip (an xor) and one add per lane bit; half the shuffles.
+    InVector,
+};
+
 // WHT of 2^order contiguous elements, element e in lane e % lanes of value
-// e / lanes (one lane: one element per value). Index bits that lie inside a
-// value are reached by transposing groups of `lanes` values with shuffles,
-// so every butterfly is a whole-value add or sub. Records the outputs in
-// the same layout.
-void buildContiguousWht(Dag& dag, int order);
+// e / lanes (one lane: one element per value, no lane bits). Records the
+// outputs in the same layout.
+void buildContiguousWht(Dag& dag, int order, LaneBits laneScheme);
 
 // 2^order-point WHTs side by side, one per lane: point i of lane l is
 // element i * stride + l. Records the outputs in the same layout.

@@ -84,7 +84,10 @@ EmitOptions vectorOptions(const Kernel& k, bool loadsAligned, bool storesAligned
 Piece contiguous(const Kernel& k, int order, bool loadsAligned, bool storesAligned, bool scaled) {
     const int lanes = k.scalar() ? 1 : k.lanes();
     Piece p{Dag(ValueKind::Real, lanes), vectorOptions(k, loadsAligned, storesAligned, scaled)};
-    buildContiguousWht(p.dag, order);
+    // The order-4 single-precision kernel is the 4x4 transpose scheme; the
+    // in-vector lane stages need half the shuffles everywhere else.
+    const bool transposes = k.f32() && order == 4;
+    buildContiguousWht(p.dag, order, transposes ? LaneBits::Transpose : LaneBits::InVector);
     checkAgainstNaiveWht(p.dag, order, 0, k.name());
     if (k.scalar()) {
         // Element by element at any byte address.
@@ -161,7 +164,7 @@ Emitted kernelCode(const Kernel& k) {
 
 std::string describe(const Kernel& k) {
     if (k.scalar()) return "scalar";
-    if (!k.blocked()) return k.order == 4 && k.f32() ? "4x4 transposes" : "vectors";
+    if (!k.blocked()) return k.order == 4 && k.f32() ? "4x4 transposes" : "vectors, lane swaps";
     const Passes p = k.passes();
     std::string s = "R " + std::to_string(1 << p.row);
     if (p.cross) s += ", B " + std::to_string(1 << p.cross);
