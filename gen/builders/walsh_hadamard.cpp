@@ -114,7 +114,7 @@ void buildContiguousWht(Dag& dag, int order, LaneBits laneScheme) {
     const int lanes = dag.lanes();
     const int laneBits = log2Exact(lanes);
     const int count = (1 << order) / lanes;
-    if (lanes > 1 && count < lanes) throw std::logic_error("WHT order too small for its vectors");
+    if (count < 1) throw std::logic_error("WHT order too small for its vectors");
     std::vector<NodeId> v(count);
     const auto output = [&](int i) { dag.outputLanes(elementsOf(i, lanes, 0), v[i]); };
     if (lanes == 1 || laneScheme == LaneBits::InVector) {
@@ -125,6 +125,7 @@ void buildContiguousWht(Dag& dag, int order, LaneBits laneScheme) {
         DepthFirstWht(dag, v, 0, leaf, output).run();
         return;
     }
+    if (count < lanes) throw std::logic_error("WHT order too small for lane transposes");
     // Transposed, a value's position within its group stands for the lowest
     // index bits and the lanes for the next ones: the butterflies over all
     // value bits cover every index bit but the lane bits, which are value
