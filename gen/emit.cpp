@@ -1,8 +1,8 @@
 #include "emit.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <algorithm>
 #include <map>
 #include <stdexcept>
 #include <vector>
@@ -31,7 +31,7 @@ public:
         std::vector<char> visited(dag_.nodes().size(), 0);
         std::vector<NodeId> order;
         for (const Output& out : dag_.outputs()) visit(out.value, visited, order);
-        if (o_.schedule == Schedule::AsBuilt) std::sort(order.begin(), order.end());
+        if (o_.schedule == Schedule::Creation) std::sort(order.begin(), order.end());
 
         std::map<NodeId, std::vector<int>> outputsOf;
         for (int i = 0; i < static_cast<int>(dag_.outputs().size()); ++i) outputsOf[dag_.outputs()[i].value].push_back(i);
@@ -176,15 +176,16 @@ private:
                 break;
             }
             case Op::Shuffle: {
-                ++counts_.shuffles;
                 if (o_.mode == EmitMode::Vertical) {
                     // One element per lane: the arg is the shufps/shufpd immediate.
                     if (dag_.lanes() != width()) throw std::logic_error("vertical shuffles need one element per lane");
+                    ++counts_.shuffles;
                     expr = "_mm_shuffle_" + sfx() + "(" + a + ", " + b + ", " + std::to_string(n.arg) + ")";
                     break;
                 }
                 const int la = n.arg & 1, lb = n.arg >> 1;
                 const int imm = (2 * la) | ((2 * la + 1) << 2) | ((2 * lb) << 4) | ((2 * lb + 1) << 6);
+                ++counts_.shuffles;
                 expr = "_mm_shuffle_ps(" + a + ", " + b + ", " + std::to_string(imm) + ")";
                 break;
             }

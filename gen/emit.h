@@ -17,10 +17,10 @@ enum class EmitMode {
 
 enum class Precision { F32, F64 };
 
-// Order in which the emitter writes the nodes.
+// Order of the emitted statements (all loads stay before the first store).
 enum class Schedule {
-    DepthFirst,  // depth-first from the outputs: values computed close to their use
-    AsBuilt,     // creation order: the builder already created them register-friendly
+    Creation,    // the order the builders created the nodes: stage by stage, block by block
+    DepthFirst,  // depth-first from each output in turn
 };
 
 struct EmitOptions {
@@ -37,9 +37,9 @@ struct EmitOptions {
     std::string src = "pSrc", dst = "pDst";
     // Vertical mode (and real Scalar mode): pointer expression of element i.
     std::function<std::string(int)> load, store;
+    Schedule schedule = Schedule::Creation;
     // Variable multiplied into every output as the last step; empty: none.
     std::string scaleVar;
-    Schedule schedule = Schedule::DepthFirst;
 };
 
 struct OpCounts {

@@ -41,6 +41,7 @@ public:
         if (algo == DftAlgorithm::CooleyTukey || algo == DftAlgorithm::PrimeFactor)
             return twoStage(row, algo == DftAlgorithm::CooleyTukey, x, sign, group);
         if (algo == DftAlgorithm::Rader) return rader(n, x, sign, group);
+        if (algo == DftAlgorithm::Direct && group == 2) return directPacked(x, sign);
         // Leaves run lane-parallel; spread over lanes they use lane 0 only.
         std::vector<NodeId> v;
         for (const Slot& s : x) v.push_back(gather({s}));
@@ -102,36 +103,84 @@ private:
         return {dag_.add(a0, a1), dag_.add(d0, r), dag_.sub(a0, a1), dag_.sub(d0, r)};
     }
 
-    // Symmetric pairs: X[k] = t_k + sign i u_k, X[p-k] = t_k - sign i u_k.
+    // Sum of terms as a balanced tree (short dependency chains); up to three
+    // terms it is the left-to-right sum ((t0 + t1) + t2).
+    NodeId balancedSum(const std::vector<NodeId>& terms, std::size_t lo, std::size_t hi) {
+        if (hi - lo == 1) return terms[lo];
+        const std::size_t mid = lo + (hi - lo + 1) / 2;
+        return dag_.add(balancedSum(terms, lo, mid), balancedSum(terms, mid, hi));
+    }
+    NodeId balancedSum(const std::vector<NodeId>& terms) { return balancedSum(terms, 0, terms.size()); }
+
+    // Symmetric pairs: X[k] = t_k + sign i u_k, X[p-k] = t_k - sign i u_k with
+    // t_k = x0 + sum cos(2 pi k m / p) a_m, u_k = sum sin(2 pi k m / p) b_m.
     std::vector<NodeId> direct(const std::vector<NodeId>& x, int sign, bool wide) {
         const int p = static_cast<int>(x.size()), h = (p - 1) / 2;
         std::vector<NodeId> a(h + 1), b(h + 1);
-        NodeId sum = x[0];
+        std::vector<NodeId> sumTerms{x[0]};
         for (int m = 1; m <= h; ++m) {
             a[m] = dag_.add(x[m], x[p - m]);
             b[m] = dag_.sub(x[m], x[p - m]);
-            sum = dag_.add(sum, a[m]);
+            sumTerms.push_back(a[m]);
         }
         std::vector<NodeId> out(p);
-        out[0] = sum;
+        out[0] = balancedSum(sumTerms);
         for (int k = 1; k <= h; ++k) {
             NodeId t, u;
             {
                 std::unique_ptr<Dag::WideScope> scope(wide ? new Dag::WideScope(dag_) : nullptr);
-                t = x[0];
-                u = -1;
+                std::vector<NodeId> tTerms{x[0]}, uTerms;
                 for (int m = 1; m <= h; ++m) {
                     const Complex w = unitRoot(static_cast<long>(k) * m, p, 1);
-                    t = dag_.add(t, dag_.scale(w.real(), a[m]));
-                    const NodeId term = dag_.scale(w.imag(), b[m]);
-                    u = u < 0 ? term : dag_.add(u, term);
+                    tTerms.push_back(dag_.scale(w.real(), a[m]));
+                    uTerms.push_back(dag_.scale(w.imag(), b[m]));
                 }
-                t = dag_.narrow(t);
-                u = dag_.narrow(u);
+                t = dag_.narrow(balancedSum(tTerms));
+                u = dag_.narrow(balancedSum(uTerms));
             }
             const NodeId r = dag_.mulI(sign, u);
             out[k] = dag_.add(t, r);
             out[p - k] = dag_.sub(t, r);
+        }
+        return out;
+    }
+
+    // The same scheme spread over two lanes: outputs k and k+1 side by side,
+    // every a_m, b_m broadcast to both lanes, per-lane constants.
+    Signal directPacked(const Signal& x, int sign) {
+        const int p = static_cast<int>(x.size()), h = (p - 1) / 2;
+        std::vector<NodeId> aBoth(h + 1), bBoth(h + 1), pairSums;
+        for (int m = 1; m <= h; m += 2) {
+            const bool two = m + 1 <= h;
+            const NodeId lo = two ? gather({x[m], x[m + 1]}) : zeroUpperLanes(x[m]);
+            const NodeId hi = two ? gather({x[p - m], x[p - m - 1]}) : zeroUpperLanes(x[p - m]);
+            const NodeId sum = dag_.add(lo, hi), diff = dag_.sub(lo, hi);
+            pairSums.push_back(sum);
+            for (int l = 0; l < (two ? 2 : 1); ++l) {
+                aBoth[m + l] = dag_.shuffle(sum, l, sum, l);
+                bBoth[m + l] = dag_.shuffle(diff, l, diff, l);
+            }
+        }
+        const NodeId x0Both = gather({x[0], x[0]});
+        const NodeId pairTotal = balancedSum(pairSums);
+        const NodeId total = dag_.add(pairTotal, dag_.shuffle(pairTotal, 1, pairTotal, 1));
+        Signal out(p);
+        out[0] = Slot{dag_.add(x0Both, total), 0, -1};
+        for (int k = 1; k <= h; k += 2) {
+            const bool two = k + 1 <= h;
+            std::vector<NodeId> tTerms{x0Both}, uTerms;
+            for (int m = 1; m <= h; ++m) {
+                const Complex w0 = unitRoot(static_cast<long>(k) * m, p, 1);
+                const Complex w1 = two ? unitRoot(static_cast<long>(k + 1) * m, p, 1) : w0;
+                tTerms.push_back(dag_.scaleLanes({w0.real(), w1.real()}, aBoth[m]));
+                uTerms.push_back(dag_.scaleLanes({w0.imag(), w1.imag()}, bBoth[m]));
+            }
+            const NodeId t = balancedSum(tTerms), r = dag_.mulI(sign, balancedSum(uTerms));
+            const NodeId plus = dag_.add(t, r), minus = dag_.sub(t, r);
+            for (int l = 0; l < (two ? 2 : 1); ++l) {
+                out[k + l] = Slot{plus, l, -1};
+                out[p - k - l] = Slot{minus, l, -1};
+            }
         }
         return out;
     }
@@ -189,10 +238,7 @@ private:
         const long g = primitiveRoot(p), gInv = inverseMod(g, p);
         Signal a(m);
         for (int j = 0; j < m; ++j) a[j] = x[powMod(g, j, p)];
-        std::vector<Complex> b(m);
-        for (int j = 0; j < m; ++j) b[j] = unitRoot(powMod(gInv, j, p), p, sign);
-        std::vector<Complex> spectrum = naiveDft(b, sign);
-        for (Complex& v : spectrum) v /= static_cast<Real>(m);
+        const std::vector<Complex> spectrum = raderSpectrum(p, static_cast<int>(g), sign);
 
         const Signal A = transform(m, a, sign, group, false);
         const NodeId x0 = group == 1 ? gather({x[0]}) : zeroUpperLanes(x[0]);
@@ -228,6 +274,16 @@ private:
 };
 
 }  // namespace
+
+std::vector<Complex> raderSpectrum(int p, int g, int sign) {
+    const int m = p - 1;
+    const long gInv = inverseMod(g, p);
+    std::vector<Complex> b(m);
+    for (int j = 0; j < m; ++j) b[j] = unitRoot(powMod(gInv, j, p), p, sign);
+    std::vector<Complex> spectrum = naiveDft(b, sign);
+    for (Complex& v : spectrum) v /= static_cast<Real>(m);
+    return spectrum;
+}
 
 void buildComplexDft(Dag& dag, int n, const ComplexDftOptions& options) {
     Builder builder(dag, options);

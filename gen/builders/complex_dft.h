@@ -32,4 +32,8 @@ void buildComplexDft(Dag& dag, int n, const ComplexDftOptions& options);
 // kernel. Returns the n output values in natural order.
 std::vector<NodeId> parallelComplexDft(Dag& dag, int n, int sign, const std::vector<NodeId>& x, bool block);
 
+// Rader's precomputed convolution spectrum for prime p and primitive root g:
+// DFT of b[j] = w^(g^-j), w = exp(sign 2 pi i / p), divided by p - 1.
+std::vector<Complex> raderSpectrum(int p, int g, int sign);
+
 }  // namespace kfpg::gen

@@ -1,7 +1,7 @@
 // Builders of Walsh-Hadamard DAGs: radix-2 butterflies (a + b, a - b) only,
 // natural (Hadamard) order. Both create their nodes depth-first over blocks
 // of values, so that a block stays in registers: emit them as built
-// (Schedule::AsBuilt).
+// (the default Schedule::Creation).
 #pragma once
 
 #include <vector>

@@ -76,7 +76,6 @@ EmitOptions vectorOptions(const Kernel& k, bool loadsAligned, bool storesAligned
     o.load = [](int e) { return pointer("pSrc", e); };
     o.store = [](int e) { return pointer("pDst", e); };
     if (scaled) o.scaleVar = "sc";
-    o.schedule = Schedule::AsBuilt;
     return o;
 }
 

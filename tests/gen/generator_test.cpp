@@ -1,0 +1,220 @@
+// The kernel generator: simplifier rules, every builder's DAG evaluated
+// against a naive DFT, the algorithm table, and the emitter's ordering.
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+
+#include "builders/complex_dft.h"
+#include "builders/dft_table.h"
+#include "dag.h"
+#include "emit.h"
+#include "evaluate.h"
+
+namespace {
+
+using namespace kfpg::gen;
+
+TEST(Simplifier, SharesEqualExpressionsAndConstants) {
+    Dag d(ValueKind::Complex, 1);
+    const NodeId x = d.input(0), y = d.input(1);
+    EXPECT_EQ(d.add(x, y), d.add(y, x));
+    EXPECT_EQ(d.sub(x, y), d.sub(x, y));
+    EXPECT_EQ(d.input(0), x);
+    const NodeId a = d.scale(0.5L, x), b = d.scale(0.5L, y);
+    EXPECT_EQ(d.node(a).arg, d.node(b).arg);
+    // -0.5 y added is 0.5 y subtracted: the same constant again.
+    const NodeId s = d.add(x, d.scale(-0.5L, y));
+    EXPECT_EQ(d.node(s).op, Op::Sub);
+    EXPECT_EQ(d.node(s).b, b);
+}
+
+TEST(Simplifier, FoldsNegationsIntoAdditionsAndConstants) {
+    Dag d(ValueKind::Complex, 1);
+    const NodeId x = d.input(0), y = d.input(1);
+    const NodeId ny = d.neg(y);
+    EXPECT_EQ(d.add(x, ny), d.sub(x, y));
+    EXPECT_EQ(d.sub(x, ny), d.add(x, y));
+    EXPECT_EQ(d.neg(ny), y);
+    EXPECT_EQ(d.neg(d.sub(x, y)), d.sub(y, x));
+    EXPECT_EQ(d.scale(3, ny), d.scale(-3, y));
+    EXPECT_EQ(d.mulI(1, ny), d.mulI(-1, y));
+    EXPECT_EQ(d.mulI(1, d.mulI(1, x)), d.neg(x));
+    EXPECT_EQ(d.node(d.add(d.neg(x), y)).op, Op::Sub);
+}
+
+TEST(Simplifier, NeverMultipliesByOneZeroOrMinusOne) {
+    Dag d(ValueKind::Complex, 1);
+    const NodeId x = d.input(0), y = d.input(1);
+    EXPECT_EQ(d.scale(1, x), x);
+    EXPECT_EQ(d.node(d.scale(-1, x)).op, Op::Neg);
+    EXPECT_EQ(d.node(d.scale(0, x)).op, Op::Zero);
+    EXPECT_EQ(d.add(x, d.scale(0, y)), x);
+    EXPECT_EQ(d.node(d.sub(x, x)).op, Op::Zero);
+    EXPECT_EQ(d.cmul(Complex(1, 0), x), x);
+    EXPECT_EQ(d.node(d.cmul(Complex(2, 0), x)).op, Op::Scale);
+    EXPECT_EQ(d.cmul(Complex(0, -1), x), d.mulI(-1, x));
+    EXPECT_EQ(d.scale(2, d.scale(3, x)), d.scale(6, x));
+}
+
+TEST(Simplifier, FortyFiveDegreeTwiddlesCostTwoMultiplications) {
+    Dag d(ValueKind::Complex, 1);
+    const Complex w = unitRoot(1, 8, -1);
+    const NodeId x = d.input(0);
+    d.output(0, d.cmul(w, x));
+    const FlopCount f = countFlops(d);
+    EXPECT_EQ(f.muls, 2);
+    EXPECT_EQ(f.adds, 2);
+    const auto out = evaluate(d, {Complex(0.25L, -0.75L)}, 1);
+    EXPECT_NEAR(static_cast<double>(std::abs(out[0] - w * Complex(0.25L, -0.75L))), 0, 1e-18);
+}
+
+TEST(Simplifier, PrecisionMarksStayWhereTheyWereSet) {
+    Dag d(ValueKind::Complex, 1);
+    const NodeId x = d.input(0), y = d.input(1);
+    const NodeId narrowTerm = d.scale(-0.5L, y);  // single precision
+    NodeId t;
+    {
+        Dag::WideScope wide(d);
+        t = d.add(x, d.scale(-0.5L, y));
+        EXPECT_TRUE(d.node(t).wide);
+        // A single-precision product is not recomputed in double by folding.
+        const NodeId mixed = d.add(x, narrowTerm);
+        EXPECT_EQ(d.node(mixed).op, Op::Add);
+    }
+    EXPECT_EQ(d.node(d.narrow(t)).op, Op::Narrow);
+    EXPECT_EQ(d.narrow(x), x);
+    EXPECT_FALSE(d.node(d.add(x, y)).wide);
+}
+
+TEST(Simplifier, RealDagsRejectComplexOperations) {
+    Dag d(ValueKind::Real, 4);
+    EXPECT_THROW(d.mulI(1, d.input(0)), std::logic_error);
+    EXPECT_THROW(d.cmul(Complex(0.5L, 0.5L), d.input(0)), std::logic_error);
+}
+
+TEST(RaderSpectrum, HoldsTheInverseLengthAndTheDocumentedValuesForSeven) {
+    const auto b = raderSpectrum(7, 3, -1);
+    ASSERT_EQ(b.size(), 6u);
+    const Complex want[6] = {{-1.0L / 6, 0},         {0.406689L, -0.170436L}, {0.395078L, -0.195851L},
+                             {0, -0.440959L},        {0.395078L, 0.195851L},  {-0.406689L, -0.170436L}};
+    for (int i = 0; i < 6; ++i) {
+        EXPECT_NEAR(static_cast<double>(b[i].real()), static_cast<double>(want[i].real()), 1e-6) << i;
+        EXPECT_NEAR(static_cast<double>(b[i].imag()), static_cast<double>(want[i].imag()), 1e-6) << i;
+    }
+}
+
+TEST(DftTable, AlgorithmsByLengthAreTheDocumentedOnes) {
+    auto expectKind = [](std::initializer_list<int> lengths, DftAlgorithm a) {
+        for (int n : lengths) EXPECT_EQ(dftRow(n).kernel, a) << n;
+    };
+    expectKind({2, 4}, DftAlgorithm::Butterfly);
+    expectKind({3, 5, 47, 59}, DftAlgorithm::Direct);
+    expectKind({7, 11, 13, 17, 19, 23, 29, 31, 37, 41, 43, 53, 61}, DftAlgorithm::Rader);
+    expectKind({8, 9, 16, 24, 25, 27, 32, 40, 45, 48, 49, 56, 64}, DftAlgorithm::CooleyTukey);
+    expectKind({6, 10, 12, 14, 15, 18, 20, 21, 22, 26, 28, 30, 33, 34, 35, 36, 38, 39, 42, 44, 46, 50, 51, 52, 54, 55, 57,
+                58, 60, 62, 63},
+               DftAlgorithm::PrimeFactor);
+    for (int n = 2; n <= 64; ++n) {
+        const DftRow& r = dftRow(n);
+        EXPECT_EQ(r.n, n);
+        if (r.n1) EXPECT_EQ(r.n1 * r.n2, n) << n;
+    }
+    EXPECT_EQ(dftRow(7).asBlock, DftAlgorithm::Direct);
+    EXPECT_EQ(dftRow(11).asBlock, DftAlgorithm::Direct);
+    EXPECT_EQ(dftRow(13).asBlock, DftAlgorithm::Rader);
+}
+
+double errorAgainstNaive(const Dag& d, int n, int sign, unsigned seed) {
+    std::mt19937 rng(seed);
+    std::uniform_real_distribution<double> u(-1, 1);
+    std::vector<Complex> x(n);
+    for (Complex& v : x) v = Complex(u(rng), u(rng));
+    const auto got = evaluate(d, x, n), want = naiveDft(x, sign);
+    Real err = 0, norm = 0;
+    for (int i = 0; i < n; ++i) err += std::norm(got[i] - want[i]), norm += std::norm(want[i]);
+    return static_cast<double>(std::sqrt(err / norm));
+}
+
+class BuilderByLength : public ::testing::TestWithParam<int> {};
+
+TEST_P(BuilderByLength, OneAndTwoLaneDagsComputeTheDft) {
+    const int n = GetParam();
+    for (int lanes : {1, 2})
+        for (int sign : {-1, 1}) {
+            Dag d(ValueKind::Complex, lanes);
+            buildComplexDft(d, n, ComplexDftOptions{sign, false});
+            EXPECT_LT(errorAgainstNaive(d, n, sign, 17u * n + lanes), 1e-16) << "lanes " << lanes << " sign " << sign;
+        }
+}
+
+TEST_P(BuilderByLength, LaneParallelDftKeepsLanesIndependent) {
+    const int n = GetParam();
+    // Lane l of input value i reads element i + l n: two transforms side by side.
+    Dag d(ValueKind::Complex, 2);
+    std::vector<NodeId> x(n);
+    for (int i = 0; i < n; ++i) x[i] = d.inputLanes({i, i + n});
+    const auto y = parallelComplexDft(d, n, -1, x, false);
+    for (int k = 0; k < n; ++k) d.outputLanes({k, k + n}, y[k]);
+    std::mt19937 rng(n);
+    std::uniform_real_distribution<double> u(-1, 1);
+    std::vector<Complex> in(2 * n);
+    for (Complex& v : in) v = Complex(u(rng), u(rng));
+    const auto got = evaluate(d, in, 2 * n);
+    for (int half = 0; half < 2; ++half) {
+        const std::vector<Complex> part(in.begin() + half * n, in.begin() + (half + 1) * n);
+        const auto want = naiveDft(part, -1);
+        for (int k = 0; k < n; ++k)
+            EXPECT_LT(static_cast<double>(std::abs(got[half * n + k] - want[k])), 1e-15) << "lane " << half << " k " << k;
+    }
+}
+
+TEST_P(BuilderByLength, EmittedCodeLoadsEverythingBeforeItsFirstStore) {
+    const int n = GetParam();
+    for (int lanes : {1, 2}) {
+        Dag d(ValueKind::Complex, lanes);
+        buildComplexDft(d, n, ComplexDftOptions{-1, false});
+        EmitOptions o;
+        o.precision = lanes == 2 ? Precision::F32 : Precision::F64;
+        o.scaleVar = "sc";
+        const std::string body = emitBody(d, o).body;
+        const auto lastLoad = body.rfind("pSrc"), firstStore = body.find("pDst");
+        ASSERT_NE(firstStore, std::string::npos);
+        EXPECT_LT(lastLoad, firstStore) << "lanes " << lanes;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(AllLengths, BuilderByLength, ::testing::Range(2, 65));
+
+TEST(Emitter, VerticalModeUsesTheFamilysAddressesAndWholeVectors) {
+    Dag d(ValueKind::Real, 4);
+    const NodeId a = d.input(0), b = d.input(1);
+    d.output(0, d.add(a, b));
+    d.output(1, d.sub(a, b));
+    EmitOptions o;
+    o.mode = EmitMode::Vertical;
+    o.precision = Precision::F32;
+    o.load = [](int i) { return "pSrc + " + std::to_string(i) + " * stride"; };
+    o.store = [](int i) { return "pDst + " + std::to_string(i) + " * stride"; };
+    const EmitResult r = emitBody(d, o);
+    EXPECT_NE(r.body.find("_mm_load_ps((const float*)(pSrc + 1 * stride))"), std::string::npos) << r.body;
+    EXPECT_NE(r.body.find("_mm_store_ps((float*)(pDst + 1 * stride)"), std::string::npos) << r.body;
+    EXPECT_EQ(r.counts.loads, 2);
+    EXPECT_EQ(r.counts.stores, 2);
+    EXPECT_EQ(r.counts.arithmetic, 2);
+}
+
+TEST(Emitter, WideRegionsAreComputedInDoubleAndRoundedOnce) {
+    Dag d(ValueKind::Complex, 1);
+    buildComplexDft(d, 3, ComplexDftOptions{-1, true});
+    EmitOptions o;
+    o.mode = EmitMode::Scalar;
+    o.precision = Precision::F32;
+    const std::string body = emitBody(d, o).body;
+    EXPECT_NE(body.find("const double"), std::string::npos);
+    EXPECT_NE(body.find("(double)"), std::string::npos);
+    EXPECT_NE(body.find("(float)"), std::string::npos);
+    EXPECT_NE(body.find("0x1.bb67ae8584caap-1"), std::string::npos) << "sqrt(3)/2 as a double constant";
+}
+
+}  // namespace
