@@ -98,18 +98,25 @@ std::vector<Real> walshHadamard(const std::vector<Real>& x) {
     return out;
 }
 
-std::vector<Real> dct4(const std::vector<Real>& x) {
+std::vector<Real> dct4At(const std::vector<Real>& x, const std::vector<long>& which) {
     const long n = static_cast<long>(x.size());
     // cos(pi t / (4N)) for t = (2a+1)(2k+1) reduced modulo 8N.
     std::vector<Real> table(8 * n);
     for (long t = 0; t < 8 * n; ++t) table[t] = std::cos(kPi * t / (4 * n));
-    std::vector<Real> out(n);
-    for (long k = 0; k < n; ++k) {
+    std::vector<Real> out;
+    out.reserve(which.size());
+    for (long k : which) {
         Real acc = 0;
         for (long a = 0; a < n; ++a) acc += x[a] * table[((2 * a + 1) * (2 * k + 1)) % (8 * n)];
-        out[k] = acc;
+        out.push_back(acc);
     }
     return out;
+}
+
+std::vector<Real> dct4(const std::vector<Real>& x) {
+    std::vector<long> all(x.size());
+    for (std::size_t k = 0; k < all.size(); ++k) all[k] = static_cast<long>(k);
+    return dct4At(x, all);
 }
 
 template <class T>

@@ -36,6 +36,8 @@ std::vector<Real> hartley(const std::vector<Real>& x);
 std::vector<Real> walshHadamard(const std::vector<Real>& x);
 // y[k] = sum x[n] cos(pi (2n+1)(2k+1) / (4N)).
 std::vector<Real> dct4(const std::vector<Real>& x);
+// The outputs y[k] of dct4 for the indices in `which` only (for long inputs).
+std::vector<Real> dct4At(const std::vector<Real>& x, const std::vector<long>& which);
 
 // Relative L2 error ||got - want|| / ||want|| (absolute when want is zero).
 template <class T>
