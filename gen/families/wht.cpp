@@ -1,6 +1,6 @@
 // The Walsh-Hadamard family: the straight-line pieces of the kernels
 // kfpgWHT_<order>_32f/_64f, orders 1..13. Each kernel gets one path type per
-// access (see src/wht/wht_leaves.h): `line` for orders 1..7, and `row`,
+// access (see src/wht/wht_path.h): `line` for orders 1..7, and `row`,
 // `cross`, `column` for the row/column passes of orders 8..13, split as the
 // library's pass table says. The checks and pass loops are the library's
 // own (src/wht/wht_kernel.h); this file emits the pieces and the line that

@@ -5,7 +5,7 @@
 #pragma once
 
 #include "wht/wht_layout.h"
-#include "wht/wht_leaves.h"
+#include "wht/wht_path.h"
 
 namespace kfpg::wht {
 
