@@ -130,6 +130,12 @@ NodeId Dag::mulI(int sign, NodeId a) {
     if (n.op == Op::Zero) return a;
     if (n.op == Op::Neg) return mulI(-sign, n.a);
     if (n.op == Op::MulI) return sign == n.arg ? neg(n.a) : n.a;
+    // i (w x) = (i w) x: the constant absorbs the rotation (a swap and one multiply).
+    if ((n.op == Op::Scale || n.op == Op::CMul) && n.wide == wide_) {
+        std::vector<Complex> w = constants_[n.arg];
+        for (Complex& v : w) v *= Complex(0, static_cast<Real>(sign));
+        return cmulLanes(w, n.a);
+    }
     return make(Op::MulI, a, -1, sign);
 }
 
@@ -144,20 +150,18 @@ NodeId Dag::cmulLanes(const std::vector<Complex>& w, NodeId a) {
         for (int l = 0; l < lanes_; ++l) part[l] = w[l].real();
         return scaleLanes(part, a);
     }
-    if (imag) {
-        for (int l = 0; l < lanes_; ++l) part[l] = w[l].imag();
-        return mulI(1, scaleLanes(part, a));
-    }
-    // w = r (1 + sigma i) with |re| == |im|: two adds and two multiplications.
-    if (uniform && std::fabs(w[0].real()) == std::fabs(w[0].imag())) {
-        const int sigma = (w[0].imag() > 0) == (w[0].real() > 0) ? 1 : -1;
-        return scale(w[0].real(), add(a, mulI(sigma, a)));
-    }
     const Node n = nodes_[a];
     if (n.op == Op::Neg) {
         std::vector<Complex> k(w);
         for (Complex& v : k) v = -v;
         return cmulLanes(k, n.a);
+    }
+    if (imag && uniform && std::fabs(w[0].imag()) == 1) return mulI(w[0].imag() > 0 ? 1 : -1, a);
+    if (imag) return make(Op::CMul, a, -1, intern(w));  // a swap and one multiply
+    // w = r (1 + sigma i) with |re| == |im|: two adds and two multiplications.
+    if (uniform && std::fabs(w[0].real()) == std::fabs(w[0].imag())) {
+        const int sigma = (w[0].imag() > 0) == (w[0].real() > 0) ? 1 : -1;
+        return scale(w[0].real(), add(a, mulI(sigma, a)));
     }
     return make(Op::CMul, a, -1, intern(w));
 }
@@ -203,6 +207,12 @@ void Dag::output(int element, NodeId value) { outputLanes(std::vector<int>(lanes
 
 void Dag::outputLanes(const std::vector<int>& elements, NodeId value) { outputs_.push_back({value, elements}); }
 
+bool isImaginary(const std::vector<Complex>& constant) {
+    for (const Complex& c : constant)
+        if (c.real() != 0) return false;
+    return true;
+}
+
 FlopCount countFlops(const Dag& dag) {
     // Only nodes that some output depends on count.
     std::vector<char> live(dag.nodes().size(), 0);
@@ -221,7 +231,12 @@ FlopCount countFlops(const Dag& dag) {
             case Op::Add:
             case Op::Sub: f.adds += parts; break;
             case Op::Scale: f.muls += parts; break;
-            case Op::CMul: f.adds += 2, f.muls += 4; break;
+            case Op::CMul:
+                if (isImaginary(dag.constant(dag.node(id).arg)))
+                    f.muls += 2;
+                else
+                    f.adds += 2, f.muls += 4;
+                break;
             default: break;
         }
     }

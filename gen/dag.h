@@ -26,7 +26,7 @@ enum class Op : std::uint8_t {
     Neg,
     Scale,    // a times a real constant per lane; arg: constant id
     MulI,     // a times +i (arg 1) or -i (arg -1); complex values only
-    CMul,     // a times a complex constant per lane; arg: constant id
+    CMul,     // a times a complex constant per lane (purely imaginary ones included); arg: constant id
     Shuffle,  // low half of the lanes from a, high half from b; arg: source lane per lane (shuffleSelector)
     Narrow,   // end of a precision-marked region: round a wide value once
 };
@@ -132,6 +132,9 @@ private:
 // Source lane of lane l in a Shuffle node's arg: log2(lanes) bits per lane,
 // lane 0 lowest (for four lanes the arg is the shufps immediate).
 int shuffleSelector(int arg, int lane, int lanes);
+
+// A CMul constant with no real part in any lane (a swap and one multiply).
+bool isImaginary(const std::vector<Complex>& constant);
 
 // Real operation counts of a DAG (per lane; a complex add is two real adds).
 struct FlopCount {

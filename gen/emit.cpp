@@ -32,6 +32,7 @@ public:
         std::vector<NodeId> order;
         for (const Output& out : dag_.outputs()) visit(out.value, visited, order);
         if (o_.schedule == Schedule::Creation) std::sort(order.begin(), order.end());
+        markUsedLanes(order);
 
         std::map<NodeId, std::vector<int>> outputsOf;
         for (int i = 0; i < static_cast<int>(dag_.outputs().size()); ++i) outputsOf[dag_.outputs()[i].value].push_back(i);
@@ -64,6 +65,25 @@ private:
     std::string vtype() const { return f64() ? "__m128d" : "__m128"; }
     std::string sfx() const { return f64() ? "pd" : "ps"; }
     int width() const { return f64() ? 2 : 4; }
+
+    // Which lanes of each value some output needs (bit l = lane l).
+    void markUsedLanes(const std::vector<NodeId>& order) {
+        usedLanes_.assign(dag_.nodes().size(), 0);
+        for (const Output& out : dag_.outputs())
+            for (int l = 0; l < static_cast<int>(out.elements.size()); ++l)
+                if (out.elements[l] >= 0) usedLanes_[out.value] |= 1 << l;
+        for (auto it = order.rbegin(); it != order.rend(); ++it) {
+            const Node& n = dag_.node(*it);
+            const int used = usedLanes_[*it];
+            if (n.op == Op::Shuffle) {
+                if (used & 1) usedLanes_[n.a] |= 1 << (n.arg & 1);
+                if (used & 2) usedLanes_[n.b] |= 1 << (n.arg >> 1);
+                continue;
+            }
+            if (n.a >= 0) usedLanes_[n.a] |= used;
+            if (n.b >= 0) usedLanes_[n.b] |= used;
+        }
+    }
 
     // Depth-first from the outputs: values are computed close to their use.
     void visit(NodeId id, std::vector<char>& visited, std::vector<NodeId>& order) const {
@@ -131,7 +151,7 @@ private:
             return call(o_.aligned && e0 % 2 == 0 ? "load" : "loadu", "(const float*)" + srcElement(e0));
         }
         std::string v = "_mm_setzero_ps()";
-        if (e0 >= 0) ++counts_.loads, v = "_mm_castpd_ps(_mm_load_sd((const double*)" + srcElement(e0) + "))";
+        if (e0 >= 0) ++counts_.loads, v = "_mm_castsi128_ps(_mm_loadl_epi64((const __m128i*)" + srcElement(e0) + "))";
         if (e1 >= 0) ++counts_.loads, v = "_mm_loadh_pi(" + v + ", (const __m64*)" + srcElement(e1) + ")";
         return v;
     }
@@ -169,8 +189,13 @@ private:
             }
             case Op::CMul: {
                 const auto& c = dag_.constant(n.arg);
-                const std::string re = constantFrom([&](int l, int) { return c[l].real(); });
                 const std::string im = constantFrom([&](int l, int p) { return p == 0 ? -c[l].imag() : c[l].imag(); });
+                if (isImaginary(c)) {
+                    ++counts_.arithmetic;
+                    expr = call("mul", swapped(a), im);
+                    break;
+                }
+                const std::string re = constantFrom([&](int l, int) { return c[l].real(); });
                 counts_.arithmetic += 3;
                 expr = call("add", call("mul", a, re), call("mul", swapped(a), im));
                 break;
@@ -228,6 +253,11 @@ private:
                 case Op::MulI: expr[p] = (p == 0) == (n.arg > 0) ? "-" + A(1 - p) : A(1 - p); break;
                 case Op::CMul: {
                     const Complex c = dag_.constant(n.arg)[0];
+                    if (c.real() == 0) {
+                        ++counts_.arithmetic;
+                        expr[p] = p == 0 ? literal(-c.imag(), prec) + " * " + A(1) : literal(c.imag(), prec) + " * " + A(0);
+                        break;
+                    }
                     counts_.arithmetic += 3;
                     expr[p] = p == 0 ? literal(c.real(), prec) + " * " + A(0) + " - " + literal(c.imag(), prec) + " * " + A(1)
                                      : literal(c.real(), prec) + " * " + A(1) + " + " + literal(c.imag(), prec) + " * " + A(0);
@@ -245,7 +275,12 @@ private:
              (parts > 1 ? ", " + ref(id, 1, false) + " = " + expr[1] : "") + ";");
     }
 
-    void emitNode(NodeId id) { vector() ? emitVectorNode(id) : emitScalarNode(id); }
+    void emitNode(NodeId id) {
+        const long before = counts_.arithmetic;
+        vector() ? emitVectorNode(id) : emitScalarNode(id);
+        if (dag_.lanes() == 2 && o_.mode == EmitMode::ComplexVector && usedLanes_[id] != 3)
+            counts_.oneLane += counts_.arithmetic - before;
+    }
 
     void emitStore(const Output& out) {
         if (!vector()) {
@@ -294,6 +329,7 @@ private:
     std::string constants_, code_;
     std::map<std::string, std::string> constantNames_;
     OpCounts counts_;
+    std::vector<int> usedLanes_;
 };
 
 }  // namespace

@@ -47,6 +47,7 @@ struct OpCounts {
     long shuffles = 0;
     long loads = 0;
     long stores = 0;
+    long oneLane = 0;     // arithmetic of two-lane values where only one lane is used
     long total() const { return arithmetic + shuffles + loads + stores; }
 };
 

@@ -194,38 +194,74 @@ private:
         auto outIndex = [&](int k1, int k2) {
             return twiddled ? k1 + n1 * k2 : static_cast<int>((k1 * n2 * e1 + k2 * n1 * e2) % n);
         };
-        // columns[c][k1]: value whose lanes hold columns c*group .. c*group+group-1.
-        std::vector<std::vector<NodeId>> columns;
+        // y[k1][j2]: where column j2's output k1 lives.
+        std::vector<Signal> y(n1, Signal(n2));
         for (int j2 = 0; j2 < n2; j2 += group) {
             const int width = std::min(group, n2 - j2);
+            if (width < group && worthSpreading(n1)) {
+                // A lone column is spread over the lanes rather than leaving lanes idle.
+                Signal in(n1);
+                for (int j1 = 0; j1 < n1; ++j1) in[j1] = x[inIndex(j1, j2)];
+                Signal col = transform(n1, in, sign, group, true);
+                if (twiddled) col = twiddleSlots(col, j2, n, sign);
+                for (int k1 = 0; k1 < n1; ++k1) y[k1][j2] = col[k1];
+                continue;
+            }
             std::vector<NodeId> in(n1);
             for (int j1 = 0; j1 < n1; ++j1) {
                 Signal g;
                 for (int l = 0; l < width; ++l) g.push_back(x[inIndex(j1, j2 + l)]);
                 in[j1] = gather(g);
             }
-            std::vector<NodeId> y = parallel(n1, in, sign, true);
-            if (twiddled)
-                for (int k1 = 1; k1 < n1; ++k1) {
+            std::vector<NodeId> col = parallel(n1, in, sign, true);
+            for (int k1 = 0; k1 < n1; ++k1) {
+                if (twiddled && k1 > 0) {
                     std::vector<Complex> w;
                     for (int l = 0; l < width; ++l) w.push_back(unitRoot(static_cast<long>(j2 + l) * k1, n, sign));
-                    y[k1] = dag_.cmulLanes(laneConstants(w, group), y[k1]);
+                    col[k1] = dag_.cmulLanes(laneConstants(w, group), col[k1]);
                 }
-            columns.push_back(y);
+                for (int l = 0; l < width; ++l) y[k1][j2 + l] = Slot{col[k1], l, -1};
+            }
         }
         Signal out(n);
         for (int k1 = 0; k1 < n1; k1 += group) {
             const int width = std::min(group, n1 - k1);
+            if (width < group && worthSpreading(n2)) {
+                const Signal z = transform(n2, y[k1], sign, group, true);
+                for (int k2 = 0; k2 < n2; ++k2) out[outIndex(k1, k2)] = z[k2];
+                continue;
+            }
             std::vector<NodeId> in(n2);
             for (int j2 = 0; j2 < n2; ++j2) {
                 Signal g;
-                for (int l = 0; l < width; ++l) g.push_back(Slot{columns[j2 / group][k1 + l], j2 % group, -1});
+                for (int l = 0; l < width; ++l) g.push_back(y[k1 + l][j2]);
                 in[j2] = gather(g);
             }
             const std::vector<NodeId> z = parallel(n2, in, sign, true);
             for (int k2 = 0; k2 < n2; ++k2)
                 for (int l = 0; l < width; ++l) out[outIndex(k1 + l, k2)] = Slot{z[k2], group == 1 ? 0 : l, -1};
         }
+        return out;
+    }
+
+    // Spreading one block over the lanes pays for the large prime blocks; the
+    // shuffles it needs cost more than they save in the small ones.
+    static bool worthSpreading(int n) {
+        const DftAlgorithm a = dftRow(n).asBlock;
+        return a == DftAlgorithm::Rader || (a == DftAlgorithm::Direct && n >= 7);
+    }
+
+    // Twiddles w^(j2 k1) on the outputs k1 of one column spread over lanes.
+    Signal twiddleSlots(const Signal& col, int j2, int n, int sign) {
+        std::map<NodeId, std::vector<Complex>> constants;
+        for (int k1 = 0; k1 < static_cast<int>(col.size()); ++k1) {
+            auto& w = constants.emplace(col[k1].value, std::vector<Complex>(dag_.lanes(), Complex(1))).first->second;
+            w[col[k1].lane] = unitRoot(static_cast<long>(j2) * k1, n, sign);
+        }
+        std::map<NodeId, NodeId> twiddled;
+        for (const auto& [value, w] : constants) twiddled[value] = dag_.cmulLanes(w, value);
+        Signal out = col;
+        for (Slot& s : out) s.value = twiddled[s.value];
         return out;
     }
 

@@ -69,6 +69,20 @@ TEST(Simplifier, FortyFiveDegreeTwiddlesCostTwoMultiplications) {
     EXPECT_NEAR(static_cast<double>(std::abs(out[0] - w * Complex(0.25L, -0.75L))), 0, 1e-18);
 }
 
+TEST(Simplifier, RotationsByIAreAbsorbedIntoConstants) {
+    Dag d(ValueKind::Complex, 1);
+    const NodeId x = d.input(0);
+    const NodeId r = d.mulI(-1, d.scale(0.75L, x));
+    EXPECT_EQ(d.node(r).op, Op::CMul);
+    EXPECT_EQ(d.node(r).a, x);
+    EXPECT_EQ(d.constant(d.node(r).arg)[0], Complex(0, -0.75L));
+    d.output(0, r);
+    EXPECT_EQ(countFlops(d).muls, 2);
+    EXPECT_EQ(countFlops(d).adds, 0);
+    const auto out = evaluate(d, {Complex(0.5L, 0.25L)}, 1);
+    EXPECT_EQ(out[0], Complex(0, -0.75L) * Complex(0.5L, 0.25L));
+}
+
 TEST(Simplifier, PrecisionMarksStayWhereTheyWereSet) {
     Dag d(ValueKind::Complex, 1);
     const NodeId x = d.input(0), y = d.input(1);
