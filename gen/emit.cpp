@@ -76,8 +76,9 @@ private:
             const Node& n = dag_.node(*it);
             const int used = usedLanes_[*it];
             if (n.op == Op::Shuffle) {
-                if (used & 1) usedLanes_[n.a] |= 1 << (n.arg & 1);
-                if (used & 2) usedLanes_[n.b] |= 1 << (n.arg >> 1);
+                const int lanes = dag_.lanes();
+                for (int l = 0; l < lanes; ++l)
+                    if (used & (1 << l)) usedLanes_[2 * l < lanes ? n.a : n.b] |= 1 << shuffleSelector(n.arg, l, lanes);
                 continue;
             }
             if (n.a >= 0) usedLanes_[n.a] |= used;
