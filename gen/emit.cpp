@@ -25,6 +25,8 @@ public:
     Emitter(const Dag& dag, const EmitOptions& options) : dag_(dag), o_(options) {
         if (o_.mode == EmitMode::Vertical && dag_.kind() != ValueKind::Real)
             throw std::logic_error("vertical mode needs a real DAG");
+        if (o_.mode == EmitMode::Vertical && dag_.lanes() != 1 && dag_.lanes() != width())
+            throw std::logic_error("vertical mode needs one lane (constants broadcast) or one per vector element");
     }
 
     EmitResult run() {
@@ -98,9 +100,7 @@ private:
 
     // Lane and component of vector slot s.
     int laneOf(int s) const {
-        // Vertical: one element per lane when the DAG's lanes fill the vector,
-        // else every lane runs the same one-lane DAG.
-        if (o_.mode == EmitMode::Vertical) return dag_.lanes() == width() ? s : 0;
+        if (o_.mode == EmitMode::Vertical) return dag_.lanes() == 1 ? 0 : s;
         return std::min(s / 2, dag_.lanes() - 1);
     }
 

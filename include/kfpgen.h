@@ -149,7 +149,8 @@ KFPG_API KfpStatus kfpgWHT_64f(const kfp64f* pSrc, kfp64f* pDst, int order, int 
 /* ---- Planned DCT-IV -----------------------------------------------------
  * y[k] = sum x[n] cos(pi (2n+1)(2k+1) / (4N)), unscaled.
  * Accepted lengths: powers of two from 2, and the odd lengths 2^k + 1 from 33
- * (32f) or 9 (64f) upward; the odd lengths are computed by direct O(N^2)
+ * (32f) or 9 (64f) upward, up to 2^26 (32f) or 2^25 (64f), whose blocks
+ * still fit an int size; the odd lengths are computed by direct O(N^2)
  * evaluation and are slow. Usage: GetSize, then Init into a block of that
  * many bytes (any alignment) or InitAlloc, then DCT4 any number of times,
  * then Free (InitAlloc only). One specification of a length other than

@@ -42,7 +42,7 @@ public:
             return twoStage(row, algo == DftAlgorithm::CooleyTukey, x, sign, group);
         if (algo == DftAlgorithm::Rader) return rader(n, x, sign, group);
         if (algo == DftAlgorithm::Direct && group == 2) return directPacked(x, sign);
-        // Leaves run lane-parallel; spread over lanes they use lane 0 only.
+        // Leaves run lane-parallel; a butterfly spread over lanes uses lane 0 only.
         std::vector<NodeId> v;
         for (const Slot& s : x) v.push_back(gather({s}));
         const std::vector<NodeId> out =

@@ -10,9 +10,13 @@
 
 namespace kfpg::dct4 {
 
+// The first 8 bytes of the block; the block, and so the arena, may sit at
+// any address, so the next free address is read and written with memcpy.
 struct Arena {
     unsigned char* next;
 };
+
+unsigned char* arenaNext(const Arena* arena);
 
 // (bytes + 31) with the low five bits cleared.
 std::uint64_t kfpgAlignSize32Bytes(std::uint64_t bytes);

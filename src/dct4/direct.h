@@ -1,29 +1,15 @@
-// DCT-IV computed without a split: the straight-line transforms of lengths
-// 2..32, and the direct O(N^2) evaluation used for the odd lengths 2^k + 1.
+// Direct O(N^2) DCT-IV evaluation, used for the odd lengths 2^k + 1 whose
+// split plan does not compute their transform.
 #pragma once
 
 #include <cmath>
 #include <cstdint>
 
-#include "dct4/codelets.h"
+#include <type_traits>
 
 namespace kfpg::dct4 {
 
-// Straight-line DCT-IV of length N (2, 4, ..., 32); reads every input first.
-template <class Real, int N>
-void directDct4(const Real* x, Real* y) {
-    if constexpr (N == 2) {
-        constexpr Real c = static_cast<Real>(cosPiRatio(1, 8)), s = static_cast<Real>(sinPiRatio(1, 8));
-        const Real x0 = x[0], x1 = x[1];
-        y[0] = c * x0 + s * x1;
-        y[1] = s * x0 - c * x1;
-    } else {
-        Real in[N], out[N];
-        staticFor<N>([&](auto i) __attribute__((always_inline)) { in[i] = x[i]; });
-        dct4<N, 1>(in, out);
-        staticFor<N>([&](auto i) __attribute__((always_inline)) { y[i] = out[i]; });
-    }
-}
+constexpr long double kPi = 3.141592653589793238462643383279502884L;
 
 // Accumulator of the direct evaluation: wider than the element type.
 template <class Real>
@@ -32,7 +18,7 @@ using DirectAccumulator = std::conditional_t<std::is_same_v<Real, float>, double
 // cos(pi (2j+1) / (4N)), j < N: every magnitude the DCT-IV kernel takes.
 template <class Real>
 Real oddCosine(std::int64_t j, std::int64_t n) {
-    return static_cast<Real>(std::cos(static_cast<long double>(2 * j + 1) * (kPiL / static_cast<long double>(4 * n))));
+    return static_cast<Real>(std::cos(static_cast<long double>(2 * j + 1) * (kPi / static_cast<long double>(4 * n))));
 }
 
 // y[k] = sum x[n] cos(pi (2n+1)(2k+1) / (4N)) with (2n+1)(2k+1) reduced

@@ -25,8 +25,8 @@ struct TestArena {
     explicit TestArena(std::size_t bytes = 1 << 16) : block(bytes) {}
     std::vector<unsigned char> block;
     Arena* arena = arenaInBlock(block.data());
-    unsigned char* start = arena->next;
-    long used() const { return arena->next - start; }
+    unsigned char* start = arenaNext(arena);
+    long used() const { return arenaNext(arena) - start; }
 };
 
 TEST(Dct4Arena, AlignSize) {
@@ -60,8 +60,8 @@ TEST(Dct4Arena, FirstObjectPosition) {
     for (int shift = 0; shift < 64; ++shift) {
         unsigned char* block = storage.data() + shift;
         Arena* arena = arenaInBlock(block);
-        const long offset = arena->next - block;
-        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(arena->next) % 32, 0u);
+        const long offset = arenaNext(arena) - block;
+        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(arenaNext(arena)) % 32, 0u);
         EXPECT_GE(offset, 33);
         EXPECT_LE(offset, 64);
     }
@@ -318,6 +318,34 @@ TEST(Dct4PlanTree, Length4096RecursiveSplit) {
                                 input->parentInterleave}),
               (std::vector<int>{4, 16, 4096, 4096, 512, 64, 8, 4096, 256, 32}));
     EXPECT_TRUE(aligned32(split->work));
+}
+
+// 64f: groups of two lanes, the quotient of F in double precision.
+TEST(Dct4PlanTree, Length64In64fUsesTwoLaneGroups) {
+    for (int n : {64, 9}) {
+        int size = 0;
+        ASSERT_EQ(kfpgDCT4GetSize_64f(n, &size), StatusOk);
+        std::vector<unsigned char> block(size);
+        DCT4Spec_64f* spec = nullptr;
+        ASSERT_EQ(kfpgDCT4Init_64f(&spec, n, block.data()), StatusOk);
+        const auto* root = reinterpret_cast<const Env1<double>*>(spec);
+        const int d = n == 64 ? 8 : 2, m = n / (2 * d);
+        EXPECT_EQ(root->divisor, d);
+        const auto* out = static_cast<const Env2<double>*>(EnvList_get(root->stage2, 0));
+        const auto* kernel = static_cast<const Env4<double>*>(EnvList_get(out->stage, 0));
+        const auto* in = static_cast<const Env3<double>*>(EnvList_get(root->stage1, 0));
+        const auto* sub = static_cast<const Env5<double>*>(EnvList_get(in->stage, 0));
+        EXPECT_EQ(kernel->groups, m / 2);
+        EXPECT_EQ(sub->groups, d / 2);
+        EXPECT_EQ(sub->subSize, n / d);
+        for (int g = 0; g < m / 2; ++g)
+            for (int k = 0; k < 2 * d; ++k)
+                for (int j = 0; j < 2; ++j) {
+                    const int i = 2 * g + j, r = k / 2;
+                    const double x = static_cast<double>(2 * (2 * i + 1) * (2 * r + 1)) / (8.0 * n);
+                    ASSERT_EQ(kernel->table[(g * 2 * d + k) * 2 + j], k % 2 ? kfpgSinPi_64f(x) : kfpgCosPi_64f(x));
+                }
+    }
 }
 
 TEST(Dct4PlanTree, DirectLengthsHaveNoChildren) {

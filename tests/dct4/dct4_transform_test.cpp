@@ -91,25 +91,30 @@ void checkLength(int n) {
     EXPECT_EQ(0, std::memcmp(dst.data(), y.data(), n * sizeof(Real))) << "misaligned differs, N=" << n;
 }
 
-class Dct4Transform : public ::testing::TestWithParam<int> {};
-
-TEST_P(Dct4Transform, MatchesDefinition32f) {
-    const int n = GetParam();
-    if (n % 2 && n < 33) GTEST_SKIP() << "not a 32f length";
-    checkLength<float>(n);
-}
-
-TEST_P(Dct4Transform, MatchesDefinition64f) { checkLength<double>(GetParam()); }
-
+// Every accepted power of two up to 2^16 and odd length up to 2^10 + 1.
+template <class Real>
 std::vector<int> lengths() {
     std::vector<int> out;
-    for (int n : kfpg::test::acceptedLengths<double>(65536))
+    for (int n : kfpg::test::acceptedLengths<Real>(65536))
         if (n % 2 == 0 || n <= 1025) out.push_back(n);
     return out;
 }
 
-INSTANTIATE_TEST_SUITE_P(AllAccepted, Dct4Transform, ::testing::ValuesIn(lengths()),
-                         [](const auto& info) { return "N" + std::to_string(info.param); });
+std::string lengthName(const ::testing::TestParamInfo<int>& info) { return "N" + std::to_string(info.param); }
+
+class Dct4Transform32f : public ::testing::TestWithParam<int> {};
+TEST_P(Dct4Transform32f, MatchesDefinition) { checkLength<float>(GetParam()); }
+INSTANTIATE_TEST_SUITE_P(AllAccepted, Dct4Transform32f, ::testing::ValuesIn(lengths<float>()), lengthName);
+
+class Dct4Transform64f : public ::testing::TestWithParam<int> {};
+TEST_P(Dct4Transform64f, MatchesDefinition) { checkLength<double>(GetParam()); }
+INSTANTIATE_TEST_SUITE_P(AllAccepted, Dct4Transform64f, ::testing::ValuesIn(lengths<double>()), lengthName);
+
+// 2^17 nests a second recursive split (R_4096 = 32 x (R_128 = 8 x R_16)).
+TEST(Dct4Values, TwoLevelRecursiveSplit) {
+    checkLength<float>(131072);
+    checkLength<double>(131072);
+}
 
 // The transform of the unit vector e0 is cos(pi (2k+1) / (4N)), unscaled.
 template <class Real>

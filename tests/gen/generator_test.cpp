@@ -185,17 +185,19 @@ TEST_P(BuilderByLength, LaneParallelDftKeepsLanesIndependent) {
 
 TEST_P(BuilderByLength, EmittedCodeLoadsEverythingBeforeItsFirstStore) {
     const int n = GetParam();
-    for (int lanes : {1, 2}) {
-        Dag d(ValueKind::Complex, lanes);
-        buildComplexDft(d, n, ComplexDftOptions{-1, false});
-        EmitOptions o;
-        o.precision = lanes == 2 ? Precision::F32 : Precision::F64;
-        o.scaleVar = "sc";
-        const std::string body = emitBody(d, o).body;
-        const auto lastLoad = body.rfind("pSrc"), firstStore = body.find("pDst");
-        ASSERT_NE(firstStore, std::string::npos);
-        EXPECT_LT(lastLoad, firstStore) << "lanes " << lanes;
-    }
+    for (int lanes : {1, 2})
+        for (Schedule schedule : {Schedule::Creation, Schedule::DepthFirst}) {
+            Dag d(ValueKind::Complex, lanes);
+            buildComplexDft(d, n, ComplexDftOptions{-1, false});
+            EmitOptions o;
+            o.precision = lanes == 2 ? Precision::F32 : Precision::F64;
+            o.scaleVar = "sc";
+            o.schedule = schedule;
+            const std::string body = emitBody(d, o).body;
+            const auto lastLoad = body.rfind("pSrc"), firstStore = body.find("pDst");
+            ASSERT_NE(firstStore, std::string::npos);
+            EXPECT_LT(lastLoad, firstStore) << "lanes " << lanes;
+        }
 }
 
 INSTANTIATE_TEST_SUITE_P(AllLengths, BuilderByLength, ::testing::Range(2, 65));
@@ -216,6 +218,22 @@ TEST(Emitter, VerticalModeUsesTheFamilysAddressesAndWholeVectors) {
     EXPECT_EQ(r.counts.loads, 2);
     EXPECT_EQ(r.counts.stores, 2);
     EXPECT_EQ(r.counts.arithmetic, 2);
+}
+
+TEST(Emitter, VerticalConstantsAreBroadcastOrGoElementByElement) {
+    EmitOptions o;
+    o.mode = EmitMode::Vertical;
+    o.precision = Precision::F64;
+    o.load = o.store = [](int i) { return "p + " + std::to_string(i); };
+    Dag one(ValueKind::Real, 1);
+    one.output(0, one.scale(0.5L, one.input(0)));
+    EXPECT_NE(emitBody(one, o).body.find("_mm_setr_pd(0x1p-1, 0x1p-1)"), std::string::npos);
+    Dag two(ValueKind::Real, 2);
+    two.output(0, two.scaleLanes({0.5L, 0.25L}, two.input(0)));
+    EXPECT_NE(emitBody(two, o).body.find("_mm_setr_pd(0x1p-1, 0x1p-2)"), std::string::npos);
+    Dag three(ValueKind::Real, 3);
+    three.output(0, three.input(0));
+    EXPECT_THROW(emitBody(three, o), std::logic_error);
 }
 
 TEST(Emitter, WideRegionsAreComputedInDoubleAndRoundedOnce) {

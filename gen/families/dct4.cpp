@@ -1,0 +1,608 @@
+// The DCT-IV family: the compute stages of the split path, each a loop
+// around straight-line bodies emitted in vertical mode (every vector lane an
+// independent transform), and the scalar direct transforms of lengths 2..32.
+//
+//   owngDCT4_leaf_<M>_<p>:    R_M on v interleaved lanes into the work rows;
+//   owngDCT4_output_<d>_<p>:  root output side, rotations by the plan's table,
+//                             then a DCT-II/DST-II pair of size d;
+//   owngDCT4_split_<d'>_<p>:  output side of a recursive split, twiddles by
+//                             the plan's table, then a complex DFT of size d';
+//   owngDCT4_direct_<N>_<p>:  DCT-IV of length N: scalar up to 16, 32 as the
+//                             split path on one vector group.
+// Every body is checked in long double against a naive transform first.
+#include <cmath>
+#include <cstdio>
+#include <map>
+#include <random>
+#include <stdexcept>
+#include <string>
+
+#include "builders/dct4_blocks.h"
+#include "emit.h"
+#include "evaluate.h"
+#include "family.h"
+
+namespace kfpg::gen {
+
+namespace {
+
+struct Target {
+    Precision precision;
+    bool f32() const { return precision == Precision::F32; }
+    int lanes() const { return f32() ? 4 : 2; }
+    std::string tag() const { return f32() ? "32f" : "64f"; }
+    std::string real() const { return f32() ? "float" : "double"; }
+    std::string vec() const { return f32() ? "__m128" : "__m128d"; }
+    std::string sfx() const { return f32() ? "ps" : "pd"; }
+};
+
+// Replaces every "$key" of the table in a text skeleton, in key order: the
+// one-letter keys are upper case and the longer ones lower case, so that no
+// key is the start of another.
+std::string fill(std::string text, const std::map<std::string, std::string>& values) {
+    for (const auto& [key, value] : values)
+        for (std::size_t at; (at = text.find(key)) != std::string::npos;) text.replace(at, key.size(), value);
+    return text;
+}
+
+std::map<std::string, std::string> words(const Target& t, int size) {
+    return {{"$T", t.real()},     {"$V", t.vec()},   {"$S", t.sfx()},      {"$L", std::to_string(t.lanes())},
+            {"$P", t.tag()},      {"$N", std::to_string(size)}, {"$H", std::to_string(size / 2)}};
+}
+
+std::string indent(const std::string& body);
+
+std::vector<Real> randomReals(int count, unsigned seed) {
+    std::mt19937 rng(seed);
+    std::uniform_real_distribution<double> u(-1, 1);
+    std::vector<Real> x(count);
+    for (Real& v : x) v = u(rng);
+    return x;
+}
+
+// Evaluates a real DAG on real inputs; outputs by element.
+std::vector<Real> run(const Dag& dag, const std::vector<Real>& x, int outputs) {
+    const std::vector<Complex> in(x.begin(), x.end());
+    std::vector<Real> out;
+    for (const Complex& v : evaluate(dag, in, outputs)) out.push_back(v.real());
+    return out;
+}
+
+void expectClose(const std::vector<Real>& got, const std::vector<Real>& want, const std::string& what) {
+    Real err = 0, norm = 0;
+    for (std::size_t i = 0; i < want.size(); ++i) err += (got[i] - want[i]) * (got[i] - want[i]), norm += want[i] * want[i];
+    if (!(std::sqrt(err / norm) < 1e-15L)) throw std::runtime_error(what + " disagrees with the naive transform");
+}
+
+EmitOptions vertical(const Target& t, std::function<std::string(int)> load, std::function<std::string(int)> store) {
+    EmitOptions o;
+    o.mode = EmitMode::Vertical;
+    o.precision = t.precision;
+    o.aligned = false;
+    o.load = std::move(load);
+    o.store = std::move(store);
+    return o;
+}
+
+// ---- R_M: inputs 0..M-1 (the second half arrives unnegated), outputs 2k + c.
+Dag rodftDag(int m) {
+    Dag dag(ValueKind::Real, 1);
+    Values s(m), re, im;
+    for (int n = 0; n < m; ++n) s[n] = n < m / 2 ? dag.input(n) : dag.neg(dag.input(n));
+    buildRodft(dag, s, re, im);
+    for (int k = 0; k < m / 2; ++k) dag.output(2 * k, re[k]), dag.output(2 * k + 1, im[k]);
+    std::vector<Real> x = randomReals(m, 11u + m), want(m);
+    for (int k = 0; k < m / 2; ++k)
+        for (int n = 0; n < m; ++n) {
+            const Real sn = n < m / 2 ? x[n] : -x[n];
+            want[2 * k] += sn * cosPiRatio(static_cast<long>(n) * (2 * k + 1), m);
+            want[2 * k + 1] -= sn * sinPiRatio(static_cast<long>(n) * (2 * k + 1), m);
+        }
+    expectClose(run(dag, x, m), want, "R_" + std::to_string(m));
+    return dag;
+}
+
+// The generator writes the fixed-size parts of the stage loops out in full.
+template <class F>
+std::string lines(int count, F line) {
+    std::string out;
+    for (int i = 0; i < count; ++i) out += line(i);
+    return out;
+}
+std::string num(long v) { return std::to_string(v); }
+
+const char* kLeaf = R"(void owngDCT4_leaf_$N_$P(const $T* x, int n, $T* dst, int v, int rootD) {
+    const long stride = 2L * v;
+    int lane = 0;
+    if (2L * v * sizeof($T) >= 4096 && (rootD & (4 * $L - 1)) == 0) {
+        // Strides of 4 KiB and more put every row in one cache set: four lane
+        // groups (one cache line of every row) at a time go through local
+        // blocks, so that each line of the strided rows is read and written
+        // once instead of once per group.
+        for (; lane < v; lane += 4 * $L) {
+            const long offset = 2L * lane - (lane & (rootD - 1));
+            const $T* fwdRow = x + offset;
+            const $T* reflRow = x + (2L * n - 4 * $L) - offset;
+            alignas(64) $T inBlock[$N * 4 * $L], outBlock[$N * 4 * $L];
+            for (int j = 0; j < $H; ++j)
+                for (int q = 0; q < 4 * $L; q += $L) {
+                    _mm_store_$S(inBlock + j * 4 * $L + q, _mm_loadu_$S(fwdRow + j * stride + q));
+                    _mm_store_$S(inBlock + ($H + j) * 4 * $L + q, _mm_loadu_$S(reflRow - ($H + j) * stride + q));
+                }
+            for (int group = 0; group < 4; ++group) {
+                const long stride = 4 * $L;
+                const int v = 4 * $L;
+                const $T* fwd = inBlock + $L * group;
+                const $T* refl = inBlock + $L * (3 - group) + $H * stride;
+                $T* out = outBlock + $L * group;
+                alignas(16) $T rev[$H * $L];
+$blockstage$blockbody            }
+            for (int e = 0; e < $N; ++e)
+                for (int q = 0; q < 4 * $L; q += $L)
+                    _mm_storeu_$S(dst + e * static_cast<long>(v) + lane + q, _mm_load_$S(outBlock + e * 4 * $L + q));
+        }
+    }
+    for (; lane < v; lane += $L) {
+        // Lane l reads u[2l - (l mod d) + 2v j]; rootD is a power of two.
+        const long offset = 2L * lane - (lane & (rootD - 1));
+        const $T* fwd = x + offset;
+        const $T* refl = x + (2L * n - $L) - offset;
+        $T* out = dst + lane;
+        alignas(16) $T rev[$H * $L];
+$stage$body    }
+}
+)";
+
+// Second pass of R_M split with radix dp (M' = M/dp): for group g < M'/2,
+// the dp sub-results F'_n2[g] (inputs 2 n2 + c) are twiddled by
+// e^{-i pi n2 (2g+1)/M} and combined by a complex DFT of size dp; output k
+// of the DFT is F[g + M' k] (k < dp/2) or the conjugate F[M'(dp-k) - 1 - g].
+// Outputs are numbered 2k + c by the index of F.
+Dag splitPassDag(int m, int dp, int g) {
+    const int sub = m / dp;
+    Dag dag(ValueKind::Real, 1);
+    Values re(dp), im(dp);
+    for (int n2 = 0; n2 < dp; ++n2) {
+        re[n2] = dag.input(2 * n2), im[n2] = dag.input(2 * n2 + 1);
+        const Real c = cosPiRatio(static_cast<long>(n2) * (2 * g + 1), m), sn = sinPiRatio(static_cast<long>(n2) * (2 * g + 1), m);
+        const NodeId r = dag.add(dag.scale(c, re[n2]), dag.scale(sn, im[n2]));
+        im[n2] = dag.sub(dag.scale(c, im[n2]), dag.scale(sn, re[n2]));
+        re[n2] = r;
+    }
+    buildPairDft(dag, re, im);
+    for (int k = 0; k < dp; ++k) {
+        const bool upper = 2 * k >= dp;
+        const int f = upper ? sub * (dp - k) - 1 - g : g + sub * k;
+        dag.output(2 * f, re[k]);
+        dag.output(2 * f + 1, upper ? dag.neg(im[k]) : im[k]);
+    }
+    const std::vector<Real> x = randomReals(2 * dp, 17u + m + g);
+    std::vector<Real> want(m, 0);
+    std::vector<char> used(m, 0);
+    for (int k = 0; k < dp; ++k) {
+        Complex q = 0;
+        for (int n2 = 0; n2 < dp; ++n2) {
+            // e^{-i pi n2 (2g+1)/M} e^{-2 pi i n2 k/dp} = e^{-i pi n2 (2g+1 + 2 k M') / M}
+            const long a = static_cast<long>(n2) * (2 * g + 1 + 2L * k * sub);
+            q += Complex(x[2 * n2], x[2 * n2 + 1]) * Complex(cosPiRatio(a, m), -sinPiRatio(a, m));
+        }
+        const bool upper = 2 * k >= dp;
+        const int f = upper ? sub * (dp - k) - 1 - g : g + sub * k;
+        want[2 * f] = q.real(), want[2 * f + 1] = upper ? -q.imag() : q.imag();
+        used[2 * f] = used[2 * f + 1] = 1;
+    }
+    const std::vector<Real> got = run(dag, x, m);
+    std::vector<Real> a, b;
+    for (int e = 0; e < m; ++e)
+        if (used[e]) a.push_back(got[e]), b.push_back(want[e]);
+    expectClose(a, b, "R_" + std::to_string(m) + " second pass");
+    return dag;
+}
+
+// The body of R_M on one lane group: up to 8 in one piece, larger sizes in
+// two passes through a local array (R_8 on s[dp n1 + n2], then twiddles and
+// DFT_dp with dp = M/8), which keeps every piece close to the registers.
+EmitResult leafBody(const Target& t, int m) {
+    const int l = t.lanes();
+    auto input = [m, l](int n) {
+        return n < m / 2 ? "fwd + " + num(n) + " * stride" : "rev + " + num(l * (n - m / 2));
+    };
+    auto output = [](int e) { return "out + " + num(e) + "L * v"; };
+    if (m <= 8) return emitBody(rodftDag(m), vertical(t, input, output));
+    const int sub = 8, dp = m / sub;
+    EmitResult all;
+    all.body = "alignas(16) " + t.real() + " mid[" + num(m * l) + "];\n";
+    const Dag first = rodftDag(sub);
+    for (int n2 = 0; n2 < dp; ++n2) {
+        // Input i of the sub-transform is s[dp i + n2]; output 2k + c goes to mid row (n2, k, c).
+        const EmitResult r = emitBody(first, vertical(
+            t, [&](int i) { return input(dp * i + n2); },
+            [n2, sub, l](int e) { return "mid + " + num(l * (n2 * sub + e)); }));
+        all.body += "{\n" + indent(r.body) + "}\n";
+        all.counts.arithmetic += r.counts.arithmetic, all.counts.loads += r.counts.loads;
+        all.counts.stores += r.counts.stores;
+    }
+    for (int g = 0; g < sub / 2; ++g) {
+        const EmitResult r = emitBody(splitPassDag(m, dp, g), vertical(
+            t, [g, sub, l](int i) { return "mid + " + num(l * ((i / 2) * sub + 2 * g + i % 2)); }, output));
+        all.body += "{\n" + indent(r.body) + "}\n";
+        all.counts.arithmetic += r.counts.arithmetic, all.counts.loads += r.counts.loads;
+        all.counts.stores += r.counts.stores;
+    }
+    return all;
+}
+
+std::string leafKernel(const Target& t, int m, OpCounts& counts) {
+    const EmitResult r = leafBody(t, m);
+    counts = r.counts;
+    auto w = words(t, m);
+    // The reflected half, lanes reversed (the DAG negates it).
+    w["$stage"] = lines(m / 2, [&](int j) {
+        return "        _mm_store_" + t.sfx() + "(rev + " + num(t.lanes() * j) + ", reversed(_mm_loadu_" + t.sfx() +
+               "(refl - " + num(m / 2 + j) + " * stride)));\n";
+    });
+    w["$body"] = indent(r.body);
+    w["$blockstage"] = lines(m / 2, [&](int j) {
+        return "                _mm_store_" + t.sfx() + "(rev + " + num(t.lanes() * j) + ", reversed(_mm_load_" + t.sfx() +
+               "(refl + " + num(j) + " * stride)));\n";
+    });
+    w["$blockbody"] = indent(indent(indent(r.body)));
+    return fill(kLeaf, w);
+}
+
+// ---- Root output side: inputs a[0..d-1], b[d..2d-1] (rotated real and imaginary parts);
+// outputs p < d: A[p] + B[p], d + p - 1 for p = 1..d: A[p] - B[p], A = DCT-II(a), B = DST-II(b).
+Dag outputDag(int d) {
+    Dag dag(ValueKind::Real, 1);
+    Values a(d), b(d);
+    // The DST-II of b runs as a DCT-II of the alternating sequence (-1)^r b_r.
+    for (int r = 0; r < d; ++r) a[r] = dag.input(r), b[r] = r % 2 ? dag.neg(dag.input(d + r)) : dag.input(d + r);
+    const Values A = buildDct2(dag, a), D = buildDct2(dag, b);
+    dag.output(0, A[0]);
+    for (int p = 1; p < d; ++p) {
+        dag.output(p, dag.add(A[p], D[d - p]));
+        dag.output(d + p - 1, dag.sub(A[p], D[d - p]));
+    }
+    dag.output(2 * d - 1, dag.neg(D[0]));
+    // y[p] = sum a cos(pi(2r+1)p/(2d)) +- sum b' sin(...), b' = (-1)^r b.
+    const std::vector<Real> x = randomReals(2 * d, 5u + d);
+    std::vector<Real> want(2 * d);
+    for (int p = 0; p <= d; ++p) {
+        Real ca = 0, sb = 0;
+        for (int r = 0; r < d; ++r) {
+            ca += x[r] * cosPiRatio(static_cast<long>(2 * r + 1) * p, 2 * d);
+            sb += x[d + r] * sinPiRatio(static_cast<long>(2 * r + 1) * p, 2 * d);
+        }
+        if (p < d) want[p] = ca + sb;
+        if (p > 0) want[d + p - 1] = ca - sb;
+    }
+    expectClose(run(dag, x, 2 * d), want, "DCT-II/DST-II pair " + std::to_string(d));
+    return dag;
+}
+
+const char* kOutput = R"(void owngDCT4_output_$N_$P(const $T* w, $T* y, int n, const $T* table) {
+    const int m = n / (2 * $N), M = 2 * m;
+    int g = 0;
+    // Long output rows: four groups (one cache line of every output row) at
+    // a time through local blocks, so that each line is written once.
+    for (; M * sizeof($T) >= 2048 && g + 4 <= m / $L; g += 4) {
+        alignas(64) $T loBlock[$N * 4 * $L], hiBlock[$N * 4 * $L];
+        for (int group = 0; group < 4; ++group) {
+            const int i0 = $L * (g + group);
+            const $T* tab = table + (g + group) * (2 * $N * $L);
+            const $T* rows = w + 2L * i0 * $N;
+            alignas(16) $T a[$N * $L], b[$N * $L], hi[$N * $L];
+$gather            {
+                const int M = 4 * $L, i0 = 0;
+                $T* y = loBlock + $L * group;
+$blockbody            }
+            for (int q = 0; q < $N; ++q)
+                _mm_store_$S(hiBlock + q * 4 * $L + (3 - group) * $L, reversed(_mm_load_$S(hi + $L * q)));
+        }
+        const int base = $L * g;
+        for (int p = 0; p < $N; ++p)
+            for (int q = 0; q < 4 * $L; q += $L) {
+                _mm_storeu_$S(y + static_cast<long>(M) * p + base + q, _mm_load_$S(loBlock + p * 4 * $L + q));
+                _mm_storeu_$S(y + static_cast<long>(M) * (p + 1) - 4 * $L - base + q, _mm_load_$S(hiBlock + p * 4 * $L + q));
+            }
+    }
+    for (; g < m / $L; ++g) {
+        const int i0 = $L * g;
+        const $T* tab = table + g * (2 * $N * $L);
+        const $T* rows = w + 2L * i0 * $N;
+        alignas(16) $T a[$N * $L], b[$N * $L], hi[$N * $L];
+$gather$body$scatter    }
+}
+)";
+
+// Rows 2i + c of the work array, transposed so that lane = i, rotated by the
+// table pair of r into a (real parts) and b (imaginary parts).
+std::string outputGather(const Target& t, int d) {
+    const int l = t.lanes();
+    std::string out;
+    for (int j = 0; j < d; j += l) {
+        out += "        {\n";
+        for (int i = 0; i < l; ++i)
+            out += "            " + t.vec() + " re" + num(i) + " = _mm_load_" + t.sfx() + "(rows + " + num(2 * i * d + j) +
+                   "), im" + num(i) + " = _mm_load_" + t.sfx() + "(rows + " + num((2 * i + 1) * d + j) + ");\n";
+        out += t.f32() ? "            transpose(re0, re1, re2, re3);\n            transpose(im0, im1, im2, im3);\n"
+                       : "            transpose(re0, re1);\n            transpose(im0, im1);\n";
+        for (int i = 0; i < l; ++i) {
+            const int r = j + i;
+            out += "            rotate(re" + num(i) + ", im" + num(i) + ", tab + " + num(2 * r * l) + ");\n";
+            out += "            _mm_store_" + t.sfx() + "(a + " + num(l * r) + ", re" + num(i) + ");\n";
+            out += "            _mm_store_" + t.sfx() + "(b + " + num(l * r) + ", im" + num(i) + ");\n";
+        }
+        out += "        }\n";
+    }
+    return out;
+}
+
+std::string outputKernel(const Target& t, int d, OpCounts& counts) {
+    const Dag dag = outputDag(d);
+    const int l = t.lanes();
+    const EmitResult r = emitBody(dag, vertical(
+        t, [d, l](int i) { return i < d ? "a + " + std::to_string(l * i) : "b + " + std::to_string(l * (i - d)); },
+        [d, l](int e) {
+            return e < d ? "y + " + std::to_string(e) + "L * M + i0" : "hi + " + std::to_string(l * (e - d));
+        }));
+    counts = r.counts;
+    auto w = words(t, d);
+    w["$gather"] = outputGather(t, d);
+    w["$body"] = indent(r.body);
+    w["$blockbody"] = indent(indent(r.body));
+    // The differences A[p] - B[p] go to y[M p - 1 - i], lanes reversed.
+    w["$scatter"] = lines(d, [&](int q) {
+        return "        _mm_storeu_" + t.sfx() + "(y + " + num(q + 1) + "L * M - " + num(t.lanes()) +
+               " - i0, reversed(_mm_load_" + t.sfx() + "(hi + " + num(t.lanes() * q) + ")));\n";
+    });
+    return fill(kOutput, w);
+}
+
+// ---- Complex DFT of size n on (re, im) values: inputs re 0..n-1, im n..2n-1,
+// input j first rotated by e^{-i pi j step / den} (step 0: none); output k:
+// re at 2k, im at 2k+1, the imaginary part negated for k >= n/2 (those
+// results are stored as conjugates).
+Dag pairDftDag(int n, bool conjugateUpperHalf, long step = 0, long den = 1) {
+    Dag dag(ValueKind::Real, 1);
+    Values re(n), im(n);
+    for (int i = 0; i < n; ++i) {
+        re[i] = dag.input(i), im[i] = dag.input(n + i);
+        if (step == 0 || i == 0) continue;
+        const Real c = cosPiRatio(i * step, den), sn = sinPiRatio(i * step, den);
+        const NodeId r = dag.add(dag.scale(c, re[i]), dag.scale(sn, im[i]));
+        im[i] = dag.sub(dag.scale(c, im[i]), dag.scale(sn, re[i]));
+        re[i] = r;
+    }
+    buildPairDft(dag, re, im);
+    for (int k = 0; k < n; ++k) {
+        dag.output(2 * k, re[k]);
+        dag.output(2 * k + 1, conjugateUpperHalf && 2 * k >= n ? dag.neg(im[k]) : im[k]);
+    }
+    const std::vector<Real> x = randomReals(2 * n, 3u + n);
+    std::vector<Complex> z(n);
+    for (int i = 0; i < n; ++i)
+        z[i] = Complex(x[i], x[n + i]) * Complex(cosPiRatio(i * step, den), -sinPiRatio(i * step, den));
+    const std::vector<Complex> dft = naiveDft(z, -1);
+    std::vector<Real> want(2 * n);
+    for (int k = 0; k < n; ++k) {
+        want[2 * k] = dft[k].real();
+        want[2 * k + 1] = conjugateUpperHalf && 2 * k >= n ? -dft[k].imag() : dft[k].imag();
+    }
+    expectClose(run(dag, x, 2 * n), want, "complex DFT " + std::to_string(n));
+    return dag;
+}
+
+// The d' sub-results of group g for one lane block, held in re<k>, im<k>.
+const char* kSplitHead = R"(void owngDCT4_split_$N_$P(const $T* src, $T* dst, int v, int groups, int sub, const $T* table) {
+    const long row = static_cast<long>(v) * $N, step = 2L * sub * v;
+    for (int g = 0; g < groups; ++g) {
+        const $T* tab = table + g * (2 * $N - 2) * $L;
+        for (int lane = 0; lane < v; lane += $L) {
+            const $T* in = src + 2 * g * row + lane;
+            $T* lo = dst + 2L * g * v + lane;
+            $T* hi = dst + 2L * (sub - 1 - g) * v + lane;
+)";
+
+// Store target of DFT output k of a split: row k of the lower block or, for
+// k >= d'/2, row d'-1-k of the upper block (conjugated by the DAG).
+std::string splitStore(int d, int k, bool imag) {
+    const bool upper = 2 * k >= d;
+    const int rowIndex = upper ? d - 1 - k : k;
+    return std::string(upper ? "hi" : "lo") + (imag ? " + v" : "") + " + " + std::to_string(rowIndex) + " * step";
+}
+
+// A body of its own scope inside the lane loop (several bodies share names).
+std::string block(const std::string& body) { return "            {\n" + indent(indent(indent(body))) + "            }\n"; }
+
+std::string splitKernel(const Target& t, int d, OpCounts& counts) {
+    const int l = t.lanes();
+    auto w = words(t, d);
+    std::string code = fill(kSplitHead, w);
+    // Loads value k of the block, rotated by table pair entry(k) (none when negative).
+    auto load = [&](auto entry) {
+        for (int k = 0; k < d; ++k) {
+            code += "            " + t.vec() + " re" + num(k) + " = _mm_loadu_" + t.sfx() + "(in + " + num(k) + "L * v), im" +
+                    num(k) + " = _mm_loadu_" + t.sfx() + "(in + row + " + num(k) + "L * v);\n";
+            if (entry(k) >= 0)
+                code += "            rotate(re" + num(k) + ", im" + num(k) + ", tab + " + num(2 * entry(k) * l) + ");\n";
+        }
+    };
+    auto rotateInPlace = [&](auto entry) {
+        for (int k = 0; k < d; ++k)
+            if (entry(k) >= 0)
+                code += "            rotate(re" + num(k) + ", im" + num(k) + ", tab + " + num(2 * entry(k) * l) + ");\n";
+    };
+    auto add = [&](const OpCounts& c) {
+        counts.arithmetic += c.arithmetic, counts.shuffles += c.shuffles;
+        counts.loads += c.loads, counts.stores += c.stores;
+    };
+    if (d == 32) {
+        // Radix 8 over a (n2 = 4a + b) after twiddles pi L a/4, then in eight
+        // rounds t twiddles pi (L + t) b/16 and radix 4 over b.
+        load([](int k) { return k / 4 - 1; });
+        const Dag eight = pairDftDag(8, false);
+        for (int b = 0; b < 4; ++b) {
+            auto at = [b](int i) {
+                const int k = i % 8, part = i / 8 % 2;  // inputs re 0..7, im 8..15
+                return std::string(part ? "&im" : "&re") + num(4 * k + b);
+            };
+            const EmitResult r = emitBody(eight, vertical(
+                t, at, [b](int e) { return std::string(e % 2 ? "&im" : "&re") + num(4 * (e / 2) + b); }));
+            add(r.counts);
+            code += block(r.body);
+        }
+        rotateInPlace([](int k) { return k % 4 ? 7 + 3 * (k / 4) + k % 4 - 1 : -1; });
+        const Dag four = pairDftDag(4, true);
+        for (int round = 0; round < 8; ++round) {
+            // Output k2 of round t is DFT output t + 8 k2; k2 >= 2 lands in the upper half.
+            const EmitResult r = emitBody(four, vertical(
+                t, [round](int i) { return std::string(i < 4 ? "&re" : "&im") + num(4 * round + i % 4); },
+                [round](int e) {
+                    const int k = round + 8 * (e / 2);
+                    return splitStore(32, k, e % 2);
+                }));
+            add(r.counts);
+            code += block(r.body);
+        }
+    } else if (d == 16) {
+        // Radix 4 over a (n2 = 4a + b) after the table's twiddles, then for
+        // each t the twiddles e^{-2 pi i b t/16} and radix 4 over b.
+        load([](int k) { return k - 1; });
+        const Dag first = pairDftDag(4, false);
+        for (int b = 0; b < 4; ++b) {
+            const EmitResult r = emitBody(first, vertical(
+                t, [b](int i) { return std::string(i < 4 ? "&re" : "&im") + num(4 * (i % 4) + b); },
+                [b](int e) { return std::string(e % 2 ? "&im" : "&re") + num(4 * (e / 2) + b); }));
+            add(r.counts);
+            code += block(r.body);
+        }
+        for (int round = 0; round < 4; ++round) {
+            // Output k2 of round t is DFT output t + 4 k2; k2 >= 2 lands in the upper half.
+            const EmitResult r = emitBody(pairDftDag(4, true, round, 8), vertical(
+                t, [round](int i) { return std::string(i < 4 ? "&re" : "&im") + num(4 * round + i % 4); },
+                [round](int e) { return splitStore(16, round + 4 * (e / 2), e % 2); }));
+            add(r.counts);
+            code += block(r.body);
+        }
+    } else {
+        load([](int k) { return k - 1; });
+        const Dag dag = pairDftDag(d, true);
+        const EmitResult r = emitBody(dag, vertical(
+            t, [d](int i) { return std::string(i < d ? "&re" : "&im") + num(i % d); },
+            [d](int e) { return splitStore(d, e / 2, e % 2); }));
+        add(r.counts);
+        code += indent(indent(r.body));
+    }
+    code += "        }\n    }\n}\n";
+    return code;
+}
+
+// ---- Direct DCT-IV of length N, scalar.
+Dag directDag(int n) {
+    Dag dag(ValueKind::Real, 1);
+    Values x(n);
+    for (int i = 0; i < n; ++i) x[i] = dag.input(i);
+    const Values y = buildDct4(dag, x);
+    for (int k = 0; k < n; ++k) dag.output(k, y[k]);
+    const std::vector<Real> in = randomReals(n, 7u + n);
+    std::vector<Real> want(n);
+    for (int k = 0; k < n; ++k)
+        for (int i = 0; i < n; ++i) want[k] += in[i] * cosPiRatio(static_cast<long>(2 * i + 1) * (2 * k + 1), 4 * n);
+    expectClose(run(dag, in, n), want, "DCT-IV " + std::to_string(n));
+    return dag;
+}
+
+// Length 32 runs the split path on one vector group: R_8 on d = 4 lanes into
+// a local work array, then the d = 4 output side with its twiddles as
+// constants (the layout of the plan's env4 table).
+std::string splitDirect32(const Target& t) {
+    const int n = 32, d = 4, m = n / (2 * d), l = t.lanes();
+    std::string table;
+    for (int g = 0; g < m / l; ++g)
+        for (int k = 0; k < 2 * d; ++k)
+            for (int j = 0; j < l; ++j) {
+                const long angle = static_cast<long>(2 * (l * g + j) + 1) * (2 * (k / 2) + 1);
+                const Real value = k % 2 ? sinPiRatio(angle, 4 * n) : cosPiRatio(angle, 4 * n);
+                table += (table.empty() ? "" : ", ") + literal(value, t.precision);
+            }
+    return "void owngDCT4_direct_32_" + t.tag() + "(const " + t.real() + "* x, " + t.real() + "* y) {\n" +
+           "    alignas(16) static const " + t.real() + " kTwiddles[] = {" + table + "};\n" +
+           "    alignas(16) " + t.real() + " work[32];\n" +
+           "    owngDCT4_leaf_8_" + t.tag() + "(x, 32, work, 4, 4);\n" +
+           "    owngDCT4_output_4_" + t.tag() + "(work, y, 32, kTwiddles);\n}\n";
+}
+
+std::string directKernel(const Target& t, int n, OpCounts& counts) {
+    if (n == 32) return splitDirect32(t);
+    EmitOptions o;
+    o.mode = EmitMode::Scalar;
+    o.precision = t.precision;
+    o.load = [](int i) { return "x + " + std::to_string(i); };
+    o.store = [](int i) { return "y + " + std::to_string(i); };
+    const EmitResult r = emitBody(directDag(n), o);
+    counts = r.counts;
+    return "void owngDCT4_direct_" + std::to_string(n) + "_" + t.tag() + "(const " + t.real() + "* x, " + t.real() +
+           "* y) {\n" + r.body + "}\n";
+}
+
+std::string indent(const std::string& body) {
+    std::string out;
+    std::size_t start = 0;
+    while (start < body.size()) {
+        const std::size_t end = body.find('\n', start);
+        out += "    " + body.substr(start, end - start + 1);
+        if (end == std::string::npos) break;
+        start = end + 1;
+    }
+    return out;
+}
+
+void generate(SourceSet& out) {
+    out.setPreamble(
+        "// Generated by kfpg_gen: the DCT-IV compute stages. Do not edit.\n"
+        "#include <emmintrin.h>\n#include <xmmintrin.h>\n\n#include \"dct4/codelets.h\"\n#include \"dct4/stage_helpers.h\"\n");
+    char header[160];
+    std::snprintf(header, sizeof header, "%-30s %6s %6s %6s", "function", "arith", "shuf", "ld/st");
+    out.reportLine(header);
+    auto add = [&](const std::string& code, const OpCounts& c) {
+        out.add("\nnamespace kfpg::dct4 {\n\n" + code + "\n}  // namespace kfpg::dct4\n", c.total());
+    };
+    auto report = [&](const std::string& name, const OpCounts& c) {
+        char line[160];
+        std::snprintf(line, sizeof line, "%-30s %6ld %6ld %6ld", name.c_str(), c.arithmetic, c.shuffles,
+                      c.loads + c.stores);
+        out.reportLine(line);
+    };
+    for (Precision p : {Precision::F32, Precision::F64}) {
+        const Target t{p};
+        OpCounts c;
+        for (int m = 2; m <= 64; m *= 2) {
+            const std::string code = leafKernel(t, m, c);
+            add(code, c);
+            report("leaf_" + std::to_string(m) + "_" + t.tag(), c);
+        }
+        for (int d = t.lanes(); d <= 32; d *= 2) {
+            const std::string code = outputKernel(t, d, c);
+            add(code, c);
+            report("output_" + std::to_string(d) + "_" + t.tag(), c);
+        }
+        for (int d = 2; d <= 32; d *= 2) {
+            c = OpCounts{};
+            const std::string code = splitKernel(t, d, c);
+            add(code, c);
+            report("split_" + std::to_string(d) + "_" + t.tag(), c);
+        }
+        for (int n = 2; n <= 32; n *= 2) {
+            const std::string code = directKernel(t, n, c);
+            add(code, c);
+            report("direct_" + std::to_string(n) + "_" + t.tag(), c);
+        }
+    }
+}
+
+const bool registered = registerFamily({"dct4", generate});
+
+}  // namespace
+
+}  // namespace kfpg::gen
