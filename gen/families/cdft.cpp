@@ -72,11 +72,11 @@ std::string checkedBody(const Kernel& k, const std::string& body) {
     const Real n = k.n;
     std::string s;
     s += "    if (!pSrc || !pDst) return StatusNullPointer;\n";
-    s += "    static const " + t + " kFactors[3] = {" + literal(1, k.precision) + ", " + literal(1 / n, k.precision) +
-         ", " + literal(1 / std::sqrt(n), k.precision) + "};\n";
+    s += "    static constexpr kfpg::FlagFactors<" + t + "> kFactors = kfpg::flagFactors<" + t +
+         ">(kfpg::ScaleDirection::" + (k.sign < 0 ? "Forward" : "Inverse") + ", " + literal(1, k.precision) + ", " +
+         literal(1 / n, k.precision) + ", " + literal(1 / std::sqrt(n), k.precision) + ");\n";
     s += "    " + t + " factor;\n";
-    s += std::string("    if (!kfpg::scaleFactor(flag, kfpg::ScaleDirection::") + (k.sign < 0 ? "Forward" : "Inverse") +
-         ", kFactors, factor)) return StatusFlagError;\n";
+    s += "    if (!kfpg::scaleFactor(flag, kFactors, factor)) return StatusFlagError;\n";
     if (!k.scalar()) s += std::string("    const ") + (k.f32() ? "__m128 sc = _mm_set1_ps" : "__m128d sc = _mm_set1_pd") + "(factor);\n";
     return s + body + "    return StatusOk;\n";
 }
