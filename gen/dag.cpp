@@ -168,8 +168,34 @@ NodeId Dag::cmulLanes(const std::vector<Complex>& w, NodeId a) {
 
 NodeId Dag::shuffle(NodeId a, int laneA, NodeId b, int laneB) {
     if (lanes_ != 2) throw std::logic_error("shuffle needs two lanes");
-    if (a == b && laneA == 0 && laneB == 1) return a;
-    return make(Op::Shuffle, a, b, laneA | (laneB << 1));
+    return shuffleHalves(a, b, {laneA, laneB});
+}
+
+namespace {
+int laneBits(int lanes) {
+    int bits = 0;
+    while ((1 << bits) < lanes) ++bits;
+    return bits;
+}
+}  // namespace
+
+int shuffleSelector(int arg, int lane, int lanes) {
+    const int bits = laneBits(lanes);
+    return (arg >> (bits * lane)) & ((1 << bits) - 1);
+}
+
+NodeId Dag::shuffleHalves(NodeId a, NodeId b, const std::vector<int>& from) {
+    if (lanes_ < 2 || (lanes_ & (lanes_ - 1)) || static_cast<int>(from.size()) != lanes_)
+        throw std::logic_error("shuffle needs a power-of-two lane count of at least two");
+    bool identity = a == b;
+    int arg = 0;
+    for (int l = 0; l < lanes_; ++l) {
+        if (from[l] < 0 || from[l] >= lanes_) throw std::logic_error("shuffle lane out of range");
+        identity &= from[l] == l;
+        arg |= from[l] << (laneBits(lanes_) * l);
+    }
+    if (identity) return a;
+    return make(Op::Shuffle, a, b, arg);
 }
 
 NodeId Dag::narrow(NodeId a) {

@@ -27,7 +27,7 @@ enum class Op : std::uint8_t {
     Scale,    // a times a real constant per lane; arg: constant id
     MulI,     // a times +i (arg 1) or -i (arg -1); complex values only
     CMul,     // a times a complex constant per lane (purely imaginary ones included); arg: constant id
-    Shuffle,  // lane 0 from a's lane (arg & 1), lane 1 from b's lane (arg >> 1); two-lane values only
+    Shuffle,  // low half of the lanes from a, high half from b; arg: source lane per lane (shuffleSelector)
     Narrow,   // end of a precision-marked region: round a wide value once
 };
 
@@ -72,6 +72,9 @@ public:
     NodeId cmulLanes(const std::vector<Complex>& w, NodeId a);
     // Two-lane values: lane 0 = a's lane `laneA`, lane 1 = b's lane `laneB`.
     NodeId shuffle(NodeId a, int laneA, NodeId b, int laneB);
+    // Any even lane count: lane l takes lane from[l] of a for the low half of
+    // the lanes and of b for the high half (the form of SSE's shufps/shufpd).
+    NodeId shuffleHalves(NodeId a, NodeId b, const std::vector<int>& from);
     NodeId narrow(NodeId a);
 
     void output(int element, NodeId value);
@@ -125,6 +128,10 @@ private:
     std::map<std::vector<int>, int> inputIndex_;
     std::vector<Output> outputs_;
 };
+
+// Source lane of lane l in a Shuffle node's arg: log2(lanes) bits per lane,
+// lane 0 lowest (for four lanes the arg is the shufps immediate).
+int shuffleSelector(int arg, int lane, int lanes);
 
 // A CMul constant with no real part in any lane (a swap and one multiply).
 bool isImaginary(const std::vector<Complex>& constant);

@@ -78,8 +78,9 @@ private:
             const Node& n = dag_.node(*it);
             const int used = usedLanes_[*it];
             if (n.op == Op::Shuffle) {
-                if (used & 1) usedLanes_[n.a] |= 1 << (n.arg & 1);
-                if (used & 2) usedLanes_[n.b] |= 1 << (n.arg >> 1);
+                const int lanes = dag_.lanes();
+                for (int l = 0; l < lanes; ++l)
+                    if (used & (1 << l)) usedLanes_[2 * l < lanes ? n.a : n.b] |= 1 << shuffleSelector(n.arg, l, lanes);
                 continue;
             }
             if (n.a >= 0) usedLanes_[n.a] |= used;
@@ -139,7 +140,7 @@ private:
         const std::vector<int>& e = dag_.inputElements(n.arg);
         if (o_.mode == EmitMode::Vertical) {
             ++counts_.loads;
-            return call(o_.aligned ? "load" : "loadu", "(const " + std::string(f64() ? "double" : "float") + "*)(" + o_.load(e[0]) + ")");
+            return call(o_.aligned && o_.alignedLoads ? "load" : "loadu", "(const " + std::string(f64() ? "double" : "float") + "*)(" + o_.load(e[0]) + ")");
         }
         if (f64()) {
             ++counts_.loads;
@@ -172,7 +173,12 @@ private:
             case Op::Scale: {
                 const auto& c = dag_.constant(n.arg);
                 ++counts_.arithmetic;
-                expr = call("mul", a, constantFrom([&](int l, int) { return c[l].real(); }));
+                bool signsOnly = true;
+                for (const Complex& v : c) signsOnly &= v.real() == 1 || v.real() == -1;
+                if (signsOnly)  // per-lane sign flips: exact, and no multiplier needed
+                    expr = call("xor", a, constantFrom([&](int l, int) { return c[l].real() < 0 ? -0.0L : 0.0L; }));
+                else
+                    expr = call("mul", a, constantFrom([&](int l, int) { return c[l].real(); }));
                 break;
             }
             case Op::MulI: {
@@ -196,6 +202,13 @@ private:
                 break;
             }
             case Op::Shuffle: {
+                if (o_.mode == EmitMode::Vertical) {
+                    // One element per lane: the arg is the shufps/shufpd immediate.
+                    if (dag_.lanes() != width()) throw std::logic_error("vertical shuffles need one element per lane");
+                    ++counts_.shuffles;
+                    expr = "_mm_shuffle_" + sfx() + "(" + a + ", " + b + ", " + std::to_string(n.arg) + ")";
+                    break;
+                }
                 const int la = n.arg & 1, lb = n.arg >> 1;
                 const int imm = (2 * la) | ((2 * la + 1) << 2) | ((2 * lb) << 4) | ((2 * lb + 1) << 6);
                 ++counts_.shuffles;
@@ -294,7 +307,7 @@ private:
         const std::vector<int>& e = out.elements;
         if (o_.mode == EmitMode::Vertical) {
             ++counts_.stores;
-            line(call(o_.aligned ? "store" : "storeu", "(" + std::string(f64() ? "double" : "float") + "*)(" + o_.store(e[0]) + ")", v) + ";");
+            line(call(o_.aligned && o_.alignedStores ? "store" : "storeu", "(" + std::string(f64() ? "double" : "float") + "*)(" + o_.store(e[0]) + ")", v) + ";");
             return;
         }
         if (f64()) {

@@ -29,6 +29,10 @@ struct EmitOptions {
     // Aligned loads/stores where the address allows (the array bases are then
     // taken to be 16-byte aligned); false: unaligned forms only.
     bool aligned = true;
+    // Vertical mode: the loads or the stores alone may also be made
+    // unaligned (a caller's array on one side, an aligned work buffer on the
+    // other).
+    bool alignedLoads = true, alignedStores = true;
     // Complex modes: element pointers (kfp32fc* / kfp64fc*).
     std::string src = "pSrc", dst = "pDst";
     // Vertical mode (and real Scalar mode): pointer expression of element i.

@@ -55,7 +55,11 @@ std::vector<Complex> evaluate(const Dag& dag, const std::vector<Complex>& x, int
                 case Op::Scale: r = v[n.a][l] * dag.constant(n.arg)[l].real(); break;
                 case Op::MulI: r = v[n.a][l] * Complex(0, static_cast<Real>(n.arg)); break;
                 case Op::CMul: r = v[n.a][l] * dag.constant(n.arg)[l]; break;
-                case Op::Shuffle: r = l == 0 ? v[n.a][n.arg & 1] : v[n.b][n.arg >> 1]; break;
+                case Op::Shuffle: {
+                    const int from = shuffleSelector(n.arg, l, lanes);
+                    r = 2 * l < lanes ? v[n.a][from] : v[n.b][from];
+                    break;
+                }
                 case Op::Narrow: r = v[n.a][l]; break;
             }
         }

@@ -35,7 +35,7 @@ typedef struct { kfp64f re, im; } kfp64fc;
 typedef int KfpStatus;
 enum {
     StatusOk = 0,
-    StatusContextError = -5, /* DCT-IV specification with an unknown rule */
+    StatusContextError = -5, /* DCT-IV plan (DCT4Spec) with an unknown rule */
     StatusSizeError = -6,    /* length or order outside the supported range */
     StatusNullPointer = -8,  /* a required pointer is null */
     StatusFlagError = -16    /* scaling flag is not one of the four below */
@@ -153,7 +153,7 @@ KFPG_API KfpStatus kfpgWHT_64f(const kfp64f* pSrc, kfp64f* pDst, int order, int 
  * still fit an int size; the odd lengths are computed by direct O(N^2)
  * evaluation and are slow. Usage: GetSize, then Init into a block of that
  * many bytes (any alignment) or InitAlloc, then DCT4 any number of times,
- * then Free (InitAlloc only). One specification of a length other than
+ * then Free (InitAlloc only). One plan of a length other than
  * 2..32 must not serve two transforms at once: it holds a work array. */
 typedef struct DCT4Spec_32f DCT4Spec_32f;
 typedef struct DCT4Spec_64f DCT4Spec_64f;

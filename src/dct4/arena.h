@@ -1,4 +1,4 @@
-// Bump arena inside a DCT-IV specification block. The arena pointer is the
+// Bump arena inside a DCT-IV plan block. The arena pointer is the
 // address of the block's first 8 bytes, which hold the next free address.
 // Every request is rounded up to 32 bytes, so every object, table and work
 // array starts on a 32-byte boundary. The arena is a stack: releasing is only

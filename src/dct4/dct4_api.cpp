@@ -1,5 +1,5 @@
 // The exported DCT-IV calls: size query, build into the caller's block or an
-// allocated one, transform, release. The specification handed to the caller
+// allocated one, transform, release. The DCT4Spec handed to the caller
 // is the root environment (env1) inside the block.
 #include "dct4/env_ops.h"
 #include "kfpcore.h"

@@ -1,4 +1,4 @@
-// The objects a DCT-IV specification is made of. Every environment and
+// The objects a DCT-IV plan (DCT4Spec) is made of. Every environment and
 // index-function object starts with the EnvHeader fields (del, size, plan or
 // at, arena); the fields after it are listed per kind. All of them live in
 // the caller's block, taken from its arena. Real is float (32f) or double
@@ -17,7 +17,7 @@ using PlanFn = KfpStatus (*)(void* self);
 template <class Real>
 using AtFn = Real (*)(const void* self, int i, int j, int k);
 
-// Root: the specification itself.
+// Root: the DCT4Spec itself.
 template <class Real>
 struct Env1 {
     void (*del)(void*);

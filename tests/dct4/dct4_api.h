@@ -34,7 +34,7 @@ struct Dct4Api<double> {
     static KfpStatus run(const double* src, double* dst, const Spec* spec) { return kfpgDCT4_64f(src, dst, spec); }
 };
 
-// A specification built into a block of exactly the reported size.
+// A DCT4Spec built into a block of exactly the reported size.
 template <class Real>
 class Dct4Plan {
 public:

@@ -1,7 +1,7 @@
 // The exported DCT-IV calls: accepted lengths and reported sizes, argument
 // checks and statuses, the root object in the caller's block, builds into
 // exactly-sized, guarded and misaligned blocks, InitAlloc/Free, release
-// order, and two specifications used from two threads.
+// order, and two plans used from two threads.
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -234,9 +234,9 @@ TYPED_TEST(Dct4Lifecycle, ReleaseRestoresTheArena) {
     }
 }
 
-// Two specifications of one length used by two threads at once give the
+// Two plans of one length used by two threads at once give the
 // results of one thread alone.
-TYPED_TEST(Dct4Lifecycle, TwoThreadsTwoSpecifications) {
+TYPED_TEST(Dct4Lifecycle, TwoThreadsTwoPlans) {
     for (int n : {64, 1024, 4096, 65}) {
         Dct4Plan<TypeParam> first(n), second(n);
         constexpr int kInputs = 24;

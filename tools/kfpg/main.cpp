@@ -57,8 +57,8 @@ int runBench(const std::vector<std::string>& names) {
         std::string worstLabel;
         for (const auto& row : f.bench()) {
             const double ratio = row.peerNs / row.oursNs;
-            std::printf("%-18s %10.2f %10.2f %8.2f %12.3g %12.3g\n", row.label.c_str(), row.oursNs, row.peerNs, ratio,
-                        row.oursError, row.peerError);
+            std::printf("%-18s %10.2f %10.2f %8.2f %12.3g %12.3g  %s\n", row.label.c_str(), row.oursNs, row.peerNs,
+                        ratio, row.oursError, row.peerError, row.note.c_str());
             if (std::isfinite(ratio) && ratio > 0) {
                 logSum += std::log(ratio);
                 ++counted;

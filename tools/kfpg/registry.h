@@ -23,6 +23,7 @@ struct BenchRow {
     double peerNs = NAN;      // the peer's median ns per call, NaN when there is none
     double oursError = NAN;   // optional accuracy columns (relative L2)
     double peerError = NAN;
+    std::string note;         // optional text printed after the columns
 };
 
 struct Family {
