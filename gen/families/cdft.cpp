@@ -99,9 +99,11 @@ constexpr long kPreScheduleUpTo = 180;
 std::string kernelCode(const Kernel& k, const Dag& dag, OpCounts& counts) {
     const EmitResult aligned = emitBody(dag, emitOptions(k, !k.scalar()));
     counts = aligned.counts;
-    const std::string attributes = !k.f32() && counts.total() <= kPreScheduleUpTo
-                                       ? "__attribute__((optimize(\"schedule-insns\", \"sched-pressure\"))) "
-                                       : "";
+    std::string attributes;
+    if (!k.f32() && counts.total() <= kPreScheduleUpTo)
+        attributes = "__attribute__((optimize(\"schedule-insns\", \"sched-pressure\"))) ";
+    else if (k.lanes() == 1 && blockedDirectSums(k.n))
+        attributes = "__attribute__((optimize(\"no-tree-ter\"))) ";
     const std::string misaligned =
         "    if ((reinterpret_cast<std::uintptr_t>(pSrc) | reinterpret_cast<std::uintptr_t>(pDst)) & 15)";
     std::string code;
