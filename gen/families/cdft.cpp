@@ -102,7 +102,7 @@ std::string kernelCode(const Kernel& k, const Dag& dag, OpCounts& counts) {
     std::string attributes;
     if (!k.f32() && counts.total() <= kPreScheduleUpTo)
         attributes = "__attribute__((optimize(\"schedule-insns\", \"sched-pressure\"))) ";
-    else if (k.lanes() == 1 && blockedDirectSums(k.n))
+    else if (blockedDirectSums(k.n))
         attributes = "__attribute__((optimize(\"no-tree-ter\"))) ";
     const std::string misaligned =
         "    if ((reinterpret_cast<std::uintptr_t>(pSrc) | reinterpret_cast<std::uintptr_t>(pDst)) & 15)";
