@@ -90,17 +90,24 @@ EmitOptions emitOptions(const Kernel& k, bool aligned) {
     return o;
 }
 
-// Short double-precision kernels (up to this many emitted instructions)
-// gain from the compiler's register-pressure-aware scheduling before
-// allocation; longer ones spill more with it, and the single-precision
-// kernels do not gain (measured with kfpg bench).
-constexpr long kPreScheduleUpTo = 180;
+// Where the compiler's register-pressure-aware scheduling before register
+// allocation pays (measured with kfpg bench): short double-precision kernels,
+// and single-precision Rader kernels of medium size (17..37). Longer kernels
+// spill more with it; the other single-precision kernels do not gain.
+constexpr long kPreScheduleShort = 180;
+constexpr long kPreScheduleRader32UpTo = 620;
+
+bool preSchedule(const Kernel& k, long instructions) {
+    if (!k.f32()) return instructions <= kPreScheduleShort;
+    return dftRow(k.n).kernel == DftAlgorithm::Rader && instructions > kPreScheduleShort &&
+           instructions <= kPreScheduleRader32UpTo;
+}
 
 std::string kernelCode(const Kernel& k, const Dag& dag, OpCounts& counts) {
     const EmitResult aligned = emitBody(dag, emitOptions(k, !k.scalar()));
     counts = aligned.counts;
     std::string attributes;
-    if (!k.f32() && counts.total() <= kPreScheduleUpTo)
+    if (preSchedule(k, counts.total()))
         attributes = "__attribute__((optimize(\"schedule-insns\", \"sched-pressure\"))) ";
     else if (blockedDirectSums(k.n))
         attributes = "__attribute__((optimize(\"no-tree-ter\"))) ";
