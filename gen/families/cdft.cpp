@@ -91,16 +91,18 @@ EmitOptions emitOptions(const Kernel& k, bool aligned) {
 }
 
 // Where the compiler's register-pressure-aware scheduling before register
-// allocation pays (measured with kfpg bench): short double-precision kernels,
-// and single-precision Rader kernels of medium size (17..37). Longer kernels
-// spill more with it; the other single-precision kernels do not gain.
+// allocation pays (measured with kfpg bench): short kernels of up to 180
+// emitted instructions in 64fc, and Rader kernels of medium size (64fc up to
+// 350 instructions: 7..17; 32fc 181..620: 17..37). Longer kernels spill more
+// with it; the other single-precision kernels do not gain.
 constexpr long kPreScheduleShort = 180;
+constexpr long kPreScheduleRader64UpTo = 350;
 constexpr long kPreScheduleRader32UpTo = 620;
 
 bool preSchedule(const Kernel& k, long instructions) {
-    if (!k.f32()) return instructions <= kPreScheduleShort;
-    return dftRow(k.n).kernel == DftAlgorithm::Rader && instructions > kPreScheduleShort &&
-           instructions <= kPreScheduleRader32UpTo;
+    const bool rader = dftRow(k.n).kernel == DftAlgorithm::Rader;
+    if (!k.f32()) return instructions <= kPreScheduleShort || (rader && instructions <= kPreScheduleRader64UpTo);
+    return rader && instructions > kPreScheduleShort && instructions <= kPreScheduleRader32UpTo;
 }
 
 std::string kernelCode(const Kernel& k, const Dag& dag, OpCounts& counts) {
