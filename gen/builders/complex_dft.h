@@ -36,4 +36,13 @@ std::vector<NodeId> parallelComplexDft(Dag& dag, int n, int sign, const std::vec
 // DFT of b[j] = w^(g^-j), w = exp(sign 2 pi i / p), divided by p - 1.
 std::vector<Complex> raderSpectrum(int p, int g, int sign);
 
+// Direct transforms of at least this many symmetric pairs build their row
+// sums in blocks of rows (below it, balanced trees).
+constexpr int kBlockedDirectFrom = 16;
+
+// Whether the kernel of length n has blocked row sums: the compiler must
+// keep their order (forwarding single-use temporaries into their users
+// would regroup every row into one chain of its own).
+bool blockedDirectSums(int n);
+
 }  // namespace kfpg::gen
