@@ -22,4 +22,14 @@ inline void keep(T const& value) {
     asm volatile("" : : "g"(&value) : "memory");
 }
 
+// A body that makes `call()` the requested number of times, then keeps the
+// first result element so the calls cannot be optimised away.
+template <class Call, class T>
+Body repeated(Call call, const T* result) {
+    return [call, result](long calls) {
+        for (long i = 0; i < calls; ++i) call();
+        keep(*result);
+    };
+}
+
 }  // namespace kfpg::bench

@@ -168,18 +168,12 @@ std::vector<BenchRow> bench(bool inverse) {
         std::memcpy(in, x.data(), n * sizeof(C));
         kernel(in, out, ScaleNone);
         row.oursError = errorOf(out, x.data(), n, inverse, 1);
-        bodies.push_back([=](long calls) {
-            for (long i = 0; i < calls; ++i) kernel(in, out, ScaleNone);
-            kfpg::bench::keep(out[0]);
-        });
+        bodies.push_back(kfpg::bench::repeated([=] { kernel(in, out, ScaleNone); }, out));
 #ifdef KFPG_HAVE_FFTW
         std::memcpy(peerIn, x.data(), n * sizeof(C));
         F::execute(plan, peerIn, peerOut);
         row.peerError = errorOf(peerOut, x.data(), n, inverse, 1);
-        bodies.push_back([=](long calls) {
-            for (long i = 0; i < calls; ++i) F::execute(plan, peerIn, peerOut);
-            kfpg::bench::keep(peerOut[0]);
-        });
+        bodies.push_back(kfpg::bench::repeated([=] { F::execute(plan, peerIn, peerOut); }, peerOut));
 #endif
         const auto ns = kfpg::bench::interleavedMedians(bodies);
         row.oursNs = ns[0];

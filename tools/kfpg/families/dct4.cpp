@@ -135,10 +135,7 @@ std::vector<BenchRow> bench() {
         for (int i = 0; i < n; ++i) x[i] = static_cast<T>(ref.input[i]);
         Api<T>::run(x, y, spec);
         row.oursError = ref.error(y);
-        std::vector<kfpg::bench::Body> bodies{[&](long calls) {
-            for (long i = 0; i < calls; ++i) Api<T>::run(x, y, spec);
-            kfpg::bench::keep(y[0]);
-        }};
+        std::vector<kfpg::bench::Body> bodies{kfpg::bench::repeated([&] { Api<T>::run(x, y, spec); }, y)};
 #ifdef KFPG_HAVE_FFTW
         auto* px = static_cast<T*>(kfpMalloc(n * static_cast<int>(sizeof(T))));
         auto* py = static_cast<T*>(kfpMalloc(n * static_cast<int>(sizeof(T))));
@@ -146,10 +143,7 @@ std::vector<BenchRow> bench() {
         for (int i = 0; i < n; ++i) px[i] = static_cast<T>(ref.input[i]);
         peer.run();
         row.peerError = ref.error(py, 0.5);
-        bodies.push_back([&](long calls) {
-            for (long i = 0; i < calls; ++i) peer.run();
-            kfpg::bench::keep(py[0]);
-        });
+        bodies.push_back(kfpg::bench::repeated([&] { peer.run(); }, py));
 #endif
         const auto ns = kfpg::bench::interleavedMedians(bodies);
         row.oursNs = ns[0];

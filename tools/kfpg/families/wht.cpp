@@ -113,14 +113,8 @@ std::vector<BenchRow> bench() {
         std::memcpy(data, ours.src.data(), n * sizeof(T));
         std::memcpy(loop, ours.src.data(), n * sizeof(T));
         const auto medians = kfpg::bench::interleavedMedians({
-            [&](long calls) {
-                for (long i = 0; i < calls; ++i) ours.run(data, data, ScaleNone, ours.buffer.data());
-                kfpg::bench::keep(data[0]);
-            },
-            [&](long calls) {
-                for (long i = 0; i < calls; ++i) kfpg::textbook::walshHadamardInPlace(loop, n);
-                kfpg::bench::keep(loop[0]);
-            },
+            kfpg::bench::repeated([&] { ours.run(data, data, ScaleNone, ours.buffer.data()); }, data),
+            kfpg::bench::repeated([&] { kfpg::textbook::walshHadamardInPlace(loop, n); }, loop),
         });
 
         const auto want = kfpg::ref::walshHadamard(ours.x);
