@@ -393,15 +393,46 @@ Dag pairDftDag(int n, bool conjugateUpperHalf, long step = 0, long den = 1) {
     return dag;
 }
 
-// The d' sub-results of group g for one lane block, held in re<k>, im<k>.
-const char* kSplitHead = R"(void owngDCT4_split_$N_$P(const $T* src, $T* dst, int v, int groups, int sub, const $T* table) {
-    const long row = static_cast<long>(v) * $N, step = 2L * sub * v;
+// Output side of a recursive split: for each group g and lane block, the d'
+// sub-results are twiddled and combined by a complex DFT of size d'; output
+// row r of the lower (upper) half at lo (hi) + r * step, its imaginary part
+// `out` further.
+const char* kSplit = R"(void owngDCT4_split_$N_$P(const $T* src, $T* dst, int v, int groups, int sub, const $T* table) {
+    const long row = static_cast<long>(v) * $N, rowStep = 2L * sub * v;
     for (int g = 0; g < groups; ++g) {
         const $T* tab = table + g * (2 * $N - 2) * $L;
-        for (int lane = 0; lane < v; lane += $L) {
+        $T* const loRows = dst + 2L * g * v;
+        $T* const hiRows = dst + 2L * (sub - 1 - g) * v;
+        int lane = 0;
+$blocked        for (; lane < v; lane += $L) {
             const $T* in = src + 2 * g * row + lane;
-            $T* lo = dst + 2L * g * v + lane;
-            $T* hi = dst + 2L * (sub - 1 - g) * v + lane;
+            $T* lo = loRows + lane;
+            $T* hi = hiRows + lane;
+            const long out = v, step = rowStep;
+$body        }
+    }
+}
+)";
+
+// Rows of 4 KiB and more apart share one cache set; with d' >= 16 there are
+// more rows of one set than the cache has ways. Four lane groups (one cache
+// line of every output row) at a time then go through local blocks, so that
+// each line is written once.
+const char* kSplitBlocked = R"(        for (; rowStep * sizeof($T) >= 4096 && lane + 4 * $L <= v; lane += 4 * $L) {
+            alignas(64) $T loBlock[$N * 4 * $L], hiBlock[$N * 4 * $L];
+            for (int q = 0; q < 4; ++q) {
+                const $T* in = src + 2 * g * row + lane + $L * q;
+                $T* lo = loBlock + $L * q;
+                $T* hi = hiBlock + $L * q;
+                const long out = 4 * $L, step = 8 * $L;
+$blockbody            }
+            for (int r = 0; r < $N; ++r)
+                for (int q = 0; q < 4 * $L; q += $L) {
+                    const long at = (r / 2) * rowStep + (r % 2) * v + lane + q;
+                    _mm_storeu_$S(loRows + at, _mm_load_$S(loBlock + r * 4 * $L + q));
+                    _mm_storeu_$S(hiRows + at, _mm_load_$S(hiBlock + r * 4 * $L + q));
+                }
+        }
 )";
 
 // Store target of DFT output k of a split: row k of the lower block or, for
@@ -409,93 +440,78 @@ const char* kSplitHead = R"(void owngDCT4_split_$N_$P(const $T* src, $T* dst, in
 std::string splitStore(int d, int k, bool imag) {
     const bool upper = 2 * k >= d;
     const int rowIndex = upper ? d - 1 - k : k;
-    return std::string(upper ? "hi" : "lo") + (imag ? " + v" : "") + " + " + std::to_string(rowIndex) + " * step";
+    return std::string(upper ? "hi" : "lo") + (imag ? " + out" : "") + " + " + std::to_string(rowIndex) + " * step";
 }
 
-// A body of its own scope inside the lane loop (several bodies share names).
-std::string block(const std::string& body) { return "            {\n" + indent(indent(indent(body))) + "            }\n"; }
+// A body of its own scope (several bodies share names).
+std::string block(const std::string& body) { return "{\n" + indent(body) + "}\n"; }
 
 std::string splitKernel(const Target& t, int d, OpCounts& counts) {
     const int l = t.lanes();
-    auto w = words(t, d);
-    std::string code = fill(kSplitHead, w);
-    // Loads value k of the block, rotated by table pair entry(k) (none when negative).
-    auto load = [&](auto entry) {
-        for (int k = 0; k < d; ++k) {
-            code += "            " + t.vec() + " re" + num(k) + " = _mm_loadu_" + t.sfx() + "(in + " + num(k) + "L * v), im" +
-                    num(k) + " = _mm_loadu_" + t.sfx() + "(in + row + " + num(k) + "L * v);\n";
-            if (entry(k) >= 0)
-                code += "            rotate(re" + num(k) + ", im" + num(k) + ", tab + " + num(2 * entry(k) * l) + ");\n";
-        }
-    };
-    auto rotateInPlace = [&](auto entry) {
-        for (int k = 0; k < d; ++k)
-            if (entry(k) >= 0)
-                code += "            rotate(re" + num(k) + ", im" + num(k) + ", tab + " + num(2 * entry(k) * l) + ");\n";
-    };
+    const std::string ld = "_mm_loadu_" + t.sfx(), st = "_mm_store_" + t.sfx();
     auto add = [&](const OpCounts& c) {
         counts.arithmetic += c.arithmetic, counts.shuffles += c.shuffles;
         counts.loads += c.loads, counts.stores += c.stores;
     };
-    if (d == 32) {
-        // Radix 8 over a (n2 = 4a + b) after twiddles pi L a/4, then in eight
-        // rounds t twiddles pi (L + t) b/16 and radix 4 over b.
-        load([](int k) { return k / 4 - 1; });
-        const Dag eight = pairDftDag(8, false);
+    // Loads value k into re<k>, im<k>, rotated by table pair `entry` (none when negative).
+    auto load = [&](int k, int entry) {
+        std::string code = t.vec() + " re" + num(k) + " = " + ld + "(in + " + num(k) + "L * v), im" + num(k) + " = " +
+                           ld + "(in + row + " + num(k) + "L * v);\n";
+        if (entry >= 0) code += "rotate(re" + num(k) + ", im" + num(k) + ", tab + " + num(2 * entry * l) + ");\n";
+        return code;
+    };
+    std::string code;
+    if (d >= 16) {
+        // Two passes through a local array: for each b, the values n2 = 4a + b
+        // (table twiddles), a DFT of size d'/4 over a, then the twiddles of the
+        // second pass; then for each t a radix 4 over b. d' = 32: first
+        // twiddles pi L a/4, second pi (L + t) b/16 from the table; d' = 16:
+        // first from the table, second e^{-2 pi i b t/16} inside the rounds.
+        const int radix = d / 4;
+        code += "alignas(16) " + t.real() + " mid[" + num(2 * d * l) + "];\n";
+        const Dag first = pairDftDag(radix, false);
         for (int b = 0; b < 4; ++b) {
-            auto at = [b](int i) {
-                const int k = i % 8, part = i / 8 % 2;  // inputs re 0..7, im 8..15
-                return std::string(part ? "&im" : "&re") + num(4 * k + b);
-            };
-            const EmitResult r = emitBody(eight, vertical(
-                t, at, [b](int e) { return std::string(e % 2 ? "&im" : "&re") + num(4 * (e / 2) + b); }));
-            add(r.counts);
-            code += block(r.body);
-        }
-        rotateInPlace([](int k) { return k % 4 ? 7 + 3 * (k / 4) + k % 4 - 1 : -1; });
-        const Dag four = pairDftDag(4, true);
-        for (int round = 0; round < 8; ++round) {
-            // Output k2 of round t is DFT output t + 8 k2; k2 >= 2 lands in the upper half.
-            const EmitResult r = emitBody(four, vertical(
-                t, [round](int i) { return std::string(i < 4 ? "&re" : "&im") + num(4 * round + i % 4); },
-                [round](int e) {
-                    const int k = round + 8 * (e / 2);
-                    return splitStore(32, k, e % 2);
-                }));
-            add(r.counts);
-            code += block(r.body);
-        }
-    } else if (d == 16) {
-        // Radix 4 over a (n2 = 4a + b) after the table's twiddles, then for
-        // each t the twiddles e^{-2 pi i b t/16} and radix 4 over b.
-        load([](int k) { return k - 1; });
-        const Dag first = pairDftDag(4, false);
-        for (int b = 0; b < 4; ++b) {
+            std::string part;
+            for (int a = 0; a < radix; ++a) {
+                const int k = 4 * a + b;
+                part += load(k, d == 32 ? (a > 0 ? a - 1 : -1) : k - 1);
+            }
             const EmitResult r = emitBody(first, vertical(
-                t, [b](int i) { return std::string(i < 4 ? "&re" : "&im") + num(4 * (i % 4) + b); },
+                t, [b, radix](int i) { return std::string(i < radix ? "&re" : "&im") + num(4 * (i % radix) + b); },
                 [b](int e) { return std::string(e % 2 ? "&im" : "&re") + num(4 * (e / 2) + b); }));
             add(r.counts);
-            code += block(r.body);
+            part += r.body;
+            for (int a = 0; a < radix; ++a) {
+                const int k = 4 * a + b;
+                if (d == 32 && b > 0)
+                    part += "rotate(re" + num(k) + ", im" + num(k) + ", tab + " + num(2 * (7 + 3 * a + b - 1) * l) + ");\n";
+                part += st + "(mid + " + num(2 * k * l) + ", re" + num(k) + ");\n" + st + "(mid + " +
+                        num((2 * k + 1) * l) + ", im" + num(k) + ");\n";
+            }
+            code += block(part);
         }
-        for (int round = 0; round < 4; ++round) {
-            // Output k2 of round t is DFT output t + 4 k2; k2 >= 2 lands in the upper half.
-            const EmitResult r = emitBody(pairDftDag(4, true, round, 8), vertical(
-                t, [round](int i) { return std::string(i < 4 ? "&re" : "&im") + num(4 * round + i % 4); },
-                [round](int e) { return splitStore(16, round + 4 * (e / 2), e % 2); }));
+        for (int round = 0; round < radix; ++round) {
+            // Output k2 of round t is DFT output t + radix k2; k2 >= 2 lands in the upper half.
+            const Dag four = d == 32 ? pairDftDag(4, true) : pairDftDag(4, true, round, 8);
+            const EmitResult r = emitBody(four, vertical(
+                t, [round, l](int i) { return "mid + " + num((2 * (4 * round + i % 4) + i / 4) * l); },
+                [round, d, radix](int e) { return splitStore(d, round + radix * (e / 2), e % 2); }));
             add(r.counts);
             code += block(r.body);
         }
     } else {
-        load([](int k) { return k - 1; });
-        const Dag dag = pairDftDag(d, true);
-        const EmitResult r = emitBody(dag, vertical(
+        for (int k = 0; k < d; ++k) code += load(k, k - 1);
+        const EmitResult r = emitBody(pairDftDag(d, true), vertical(
             t, [d](int i) { return std::string(i < d ? "&re" : "&im") + num(i % d); },
             [d](int e) { return splitStore(d, e / 2, e % 2); }));
         add(r.counts);
-        code += indent(indent(r.body));
+        code += r.body;
     }
-    code += "        }\n    }\n}\n";
-    return code;
+    auto w = words(t, d);
+    w["$body"] = indent(indent(indent(code)));
+    w["$blockbody"] = indent(w["$body"]);
+    w["$blocked"] = d >= 16 ? fill(kSplitBlocked, w) : "";
+    return fill(kSplit, w);
 }
 
 // ---- Direct DCT-IV of length N, scalar.
