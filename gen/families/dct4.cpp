@@ -250,33 +250,26 @@ std::string leafKernel(const Target& t, int m, OpCounts& counts) {
     return fill(kLeaf, w);
 }
 
-// ---- Root output side: inputs a[0..d-1], b[d..2d-1] (rotated real and imaginary parts);
-// outputs p < d: A[p] + B[p], d + p - 1 for p = 1..d: A[p] - B[p], A = DCT-II(a), B = DST-II(b).
-Dag outputDag(int d) {
+// ---- Root output side. The rotated values a_r (real parts) and b'_r =
+// (-1)^r b_r (imaginary parts, the sign folded into the rotation) meet in the
+// first butterfly level of their DCT-II as u_r = a_r + a_{d-1-r} and
+// v_r = a_r - a_{d-1-r}; then A[2p] = DCT-II_{d/2}(u)[p] and A[2p+1] =
+// DCT-IV_{d/2}(v)[p], D likewise from b', and B[p] = D[d-p]:
+//   y[M p + i] = A[p] + D[d-p],  y[M p - 1 - i] = A[p] - D[d-p].
+Dag directDag(int n);
+
+// Unnormalised DCT-II of size n on inputs 0..n-1.
+Dag dct2Dag(int n) {
     Dag dag(ValueKind::Real, 1);
-    Values a(d), b(d);
-    // The DST-II of b runs as a DCT-II of the alternating sequence (-1)^r b_r.
-    for (int r = 0; r < d; ++r) a[r] = dag.input(r), b[r] = r % 2 ? dag.neg(dag.input(d + r)) : dag.input(d + r);
-    const Values A = buildDct2(dag, a), D = buildDct2(dag, b);
-    dag.output(0, A[0]);
-    for (int p = 1; p < d; ++p) {
-        dag.output(p, dag.add(A[p], D[d - p]));
-        dag.output(d + p - 1, dag.sub(A[p], D[d - p]));
-    }
-    dag.output(2 * d - 1, dag.neg(D[0]));
-    // y[p] = sum a cos(pi(2r+1)p/(2d)) +- sum b' sin(...), b' = (-1)^r b.
-    const std::vector<Real> x = randomReals(2 * d, 5u + d);
-    std::vector<Real> want(2 * d);
-    for (int p = 0; p <= d; ++p) {
-        Real ca = 0, sb = 0;
-        for (int r = 0; r < d; ++r) {
-            ca += x[r] * cosPiRatio(static_cast<long>(2 * r + 1) * p, 2 * d);
-            sb += x[d + r] * sinPiRatio(static_cast<long>(2 * r + 1) * p, 2 * d);
-        }
-        if (p < d) want[p] = ca + sb;
-        if (p > 0) want[d + p - 1] = ca - sb;
-    }
-    expectClose(run(dag, x, 2 * d), want, "DCT-II/DST-II pair " + std::to_string(d));
+    Values a(n);
+    for (int r = 0; r < n; ++r) a[r] = dag.input(r);
+    const Values out = buildDct2(dag, a);
+    for (int p = 0; p < n; ++p) dag.output(p, out[p]);
+    const std::vector<Real> x = randomReals(n, 5u + n);
+    std::vector<Real> want(n);
+    for (int p = 0; p < n; ++p)
+        for (int r = 0; r < n; ++r) want[p] += x[r] * cosPiRatio(static_cast<long>(2 * r + 1) * p, 2 * n);
+    expectClose(run(dag, x, n), want, "DCT-II " + std::to_string(n));
     return dag;
 }
 
@@ -288,16 +281,10 @@ const char* kOutput = R"(void owngDCT4_output_$N_$P(const $T* w, $T* y, int n, c
     for (; M * sizeof($T) >= 2048 && g + 4 <= m / $L; g += 4) {
         alignas(64) $T loBlock[$N * 4 * $L], hiBlock[$N * 4 * $L];
         for (int group = 0; group < 4; ++group) {
-            const int i0 = $L * (g + group);
             const $T* tab = table + (g + group) * (2 * $N * $L);
-            const $T* rows = w + 2L * i0 * $N;
-            alignas(16) $T a[$N * $L], b[$N * $L], hi[$N * $L];
-$gather            {
-                const int M = 4 * $L, i0 = 0;
-                $T* y = loBlock + $L * group;
-$blockbody            }
-            for (int q = 0; q < $N; ++q)
-                _mm_store_$S(hiBlock + q * 4 * $L + (3 - group) * $L, reversed(_mm_load_$S(hi + $L * q)));
+            const $T* rows = w + 2L * $L * (g + group) * $N;
+            alignas(16) $T ua[$H * $L], va[$H * $L], ub[$H * $L], vb[$H * $L], A[$N * $L], D[$N * $L];
+$blockbody            combineHalves<$N>(A, D, loBlock + $L * group, 4 * $L, hiBlock + (3 - group) * $L, 4 * $L);
         }
         const int base = $L * g;
         for (int p = 0; p < $N; ++p)
@@ -310,52 +297,69 @@ $blockbody            }
         const int i0 = $L * g;
         const $T* tab = table + g * (2 * $N * $L);
         const $T* rows = w + 2L * i0 * $N;
-        alignas(16) $T a[$N * $L], b[$N * $L], hi[$N * $L];
-$gather$body$scatter    }
+        alignas(16) $T ua[$H * $L], va[$H * $L], ub[$H * $L], vb[$H * $L], A[$N * $L], D[$N * $L];
+$body        combineHalves<$N>(A, D, y + i0, M, y + M - $L - i0, M);
+    }
 }
 )";
 
 // Rows 2i + c of the work array, transposed so that lane = i, rotated by the
-// table pair of r into a (real parts) and b (imaginary parts).
+// table pair of r into a_r and b'_r, and the first butterfly level of both
+// DCT-IIs into ua, va, ub, vb. Column blocks j and d - lanes - j are taken
+// together, so that every pair r, d-1-r is in registers at once.
 std::string outputGather(const Target& t, int d) {
     const int l = t.lanes();
+    const std::string ld = "_mm_load_" + t.sfx(), st = "_mm_store_" + t.sfx();
     std::string out;
-    for (int j = 0; j < d; j += l) {
-        out += "        {\n";
-        for (int i = 0; i < l; ++i)
-            out += "            " + t.vec() + " re" + num(i) + " = _mm_load_" + t.sfx() + "(rows + " + num(2 * i * d + j) +
-                   "), im" + num(i) + " = _mm_load_" + t.sfx() + "(rows + " + num((2 * i + 1) * d + j) + ");\n";
-        out += t.f32() ? "            transpose(re0, re1, re2, re3);\n            transpose(im0, im1, im2, im3);\n"
-                       : "            transpose(re0, re1);\n            transpose(im0, im1);\n";
-        for (int i = 0; i < l; ++i) {
-            const int r = j + i;
-            out += "            rotate(re" + num(i) + ", im" + num(i) + ", tab + " + num(2 * r * l) + ");\n";
-            out += "            _mm_store_" + t.sfx() + "(a + " + num(l * r) + ", re" + num(i) + ");\n";
-            out += "            _mm_store_" + t.sfx() + "(b + " + num(l * r) + ", im" + num(i) + ");\n";
+    for (int j = 0; j <= d - l - j; j += l) {
+        out += "{\n";
+        std::vector<int> blocks{j};
+        if (d - l - j != j) blocks.push_back(d - l - j);
+        for (int block : blocks) {
+            std::string re, im;
+            for (int i = 0; i < l; ++i) {
+                const std::string r = num(block + i);
+                out += "    " + t.vec() + " a" + r + " = " + ld + "(rows + " + num(2 * i * d + block) + "), b" + r +
+                       " = " + ld + "(rows + " + num((2 * i + 1) * d + block) + ");\n";
+                re += (i ? ", a" : "a") + r, im += (i ? ", b" : "b") + r;
+            }
+            out += "    transpose(" + re + ");\n    transpose(" + im + ");\n";
+            for (int i = 0; i < l; ++i) {
+                const int r = block + i;
+                out += std::string("    ") + (r % 2 ? "rotateNegated" : "rotate") + "(a" + num(r) + ", b" + num(r) +
+                       ", tab + " + num(2 * r * l) + ");\n";
+            }
         }
-        out += "        }\n";
+        for (int r = j; r < j + l && r < d - 1 - r; ++r)
+            for (const char* v : {"a", "b"}) {
+                const std::string x = v + num(r), y = v + num(d - 1 - r), at = " + " + num(r * l);
+                out += "    " + st + "(u" + v + at + ", _mm_add_" + t.sfx() + "(" + x + ", " + y + "));\n";
+                out += "    " + st + "(v" + v + at + ", _mm_sub_" + t.sfx() + "(" + x + ", " + y + "));\n";
+            }
+        out += "}\n";
     }
     return out;
 }
 
 std::string outputKernel(const Target& t, int d, OpCounts& counts) {
-    const Dag dag = outputDag(d);
     const int l = t.lanes();
-    const EmitResult r = emitBody(dag, vertical(
-        t, [d, l](int i) { return i < d ? "a + " + std::to_string(l * i) : "b + " + std::to_string(l * (i - d)); },
-        [d, l](int e) {
-            return e < d ? "y + " + std::to_string(e) + "L * M + i0" : "hi + " + std::to_string(l * (e - d));
-        }));
-    counts = r.counts;
+    std::string body = outputGather(t, d);
+    counts = OpCounts{};
+    // The four half-size transforms: u, v of a into A, of b' into D.
+    const Dag even = dct2Dag(d / 2), odd = directDag(d / 2);
+    for (const char* side : {"a", "b"})
+        for (int half = 0; half < 2; ++half) {
+            const std::string in = std::string(half ? "v" : "u") + side, to = *side == 'a' ? "A" : "D";
+            const EmitResult r = emitBody(half ? odd : even, vertical(
+                t, [in, l](int i) { return in + " + " + num(i * l); },
+                [to, half, l](int p) { return to + " + " + num((2 * p + half) * l); }));
+            counts.arithmetic += r.counts.arithmetic, counts.shuffles += r.counts.shuffles;
+            counts.loads += r.counts.loads, counts.stores += r.counts.stores;
+            body += "{\n" + r.body + "}\n";
+        }
     auto w = words(t, d);
-    w["$gather"] = outputGather(t, d);
-    w["$body"] = indent(r.body);
-    w["$blockbody"] = indent(indent(r.body));
-    // The differences A[p] - B[p] go to y[M p - 1 - i], lanes reversed.
-    w["$scatter"] = lines(d, [&](int q) {
-        return "        _mm_storeu_" + t.sfx() + "(y + " + num(q + 1) + "L * M - " + num(t.lanes()) +
-               " - i0, reversed(_mm_load_" + t.sfx() + "(hi + " + num(t.lanes() * q) + ")));\n";
-    });
+    w["$body"] = indent(indent(body));
+    w["$blockbody"] = indent(indent(indent(body)));
     return fill(kOutput, w);
 }
 

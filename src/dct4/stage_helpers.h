@@ -1,6 +1,7 @@
 // Small vector helpers used by the generated DCT-IV stages (build tree,
 // generated/dct4/): lane reversal, 4x4 / 2x2 transposes, rotation by a
-// (cos, sin) pair from a plan table.
+// (cos, sin) pair from a plan table, the last butterflies of the root
+// output side.
 #pragma once
 
 #include <emmintrin.h>
@@ -31,6 +32,46 @@ inline void rotate(__m128d& re, __m128d& im, const double* cs) {
     const __m128d r = _mm_add_pd(_mm_mul_pd(re, c), _mm_mul_pd(im, s));
     im = _mm_sub_pd(_mm_mul_pd(im, c), _mm_mul_pd(re, s));
     re = r;
+}
+
+// The same rotation with the imaginary result negated: im' = re s - im c.
+inline void rotateNegated(__m128& re, __m128& im, const float* cs) {
+    const __m128 c = _mm_load_ps(cs), s = _mm_load_ps(cs + 4);
+    const __m128 r = _mm_add_ps(_mm_mul_ps(re, c), _mm_mul_ps(im, s));
+    im = _mm_sub_ps(_mm_mul_ps(re, s), _mm_mul_ps(im, c));
+    re = r;
+}
+inline void rotateNegated(__m128d& re, __m128d& im, const double* cs) {
+    const __m128d c = _mm_load_pd(cs), s = _mm_load_pd(cs + 2);
+    const __m128d r = _mm_add_pd(_mm_mul_pd(re, c), _mm_mul_pd(im, s));
+    im = _mm_sub_pd(_mm_mul_pd(re, s), _mm_mul_pd(im, c));
+    re = r;
+}
+
+inline __m128 load(const float* p) { return _mm_load_ps(p); }
+inline __m128d load(const double* p) { return _mm_load_pd(p); }
+inline void storeu(float* p, __m128 v) { _mm_storeu_ps(p, v); }
+inline void storeu(double* p, __m128d v) { _mm_storeu_pd(p, v); }
+inline __m128 add(__m128 a, __m128 b) { return _mm_add_ps(a, b); }
+inline __m128d add(__m128d a, __m128d b) { return _mm_add_pd(a, b); }
+inline __m128 sub(__m128 a, __m128 b) { return _mm_sub_ps(a, b); }
+inline __m128d sub(__m128d a, __m128d b) { return _mm_sub_pd(a, b); }
+inline __m128 negated(__m128 v) { return _mm_xor_ps(v, _mm_set1_ps(-0.0f)); }
+inline __m128d negated(__m128d v) { return _mm_xor_pd(v, _mm_set1_pd(-0.0)); }
+
+// Root output side, from A = DCT-II(a) and D = DCT-II(b'), d vectors each:
+// lo + p loStride gets A[p] + D[d-p] (p < d, D[d] = 0) and hi + (p-1) hiStride
+// gets A[p] - D[d-p] lanes reversed (p = 1..d, A[d] = 0).
+template <int d, class T>
+inline void combineHalves(const T* A, const T* D, T* lo, long loStride, T* hi, long hiStride) {
+    constexpr int lanes = 16 / sizeof(T);
+    storeu(lo, load(A));
+    for (int p = 1; p < d; ++p) {
+        const auto a = load(A + p * lanes), b = load(D + (d - p) * lanes);
+        storeu(lo + p * loStride, add(a, b));
+        storeu(hi + (p - 1) * hiStride, reversed(sub(a, b)));
+    }
+    storeu(hi + (d - 1) * hiStride, reversed(negated(load(D))));
 }
 
 }  // namespace kfpg::dct4
