@@ -420,15 +420,20 @@ $body        }
 
 // Rows of 4 KiB and more apart share one cache set; with d' >= 16 there are
 // more rows of one set than the cache has ways. Four lane groups (one cache
-// line of every output row) at a time then go through local blocks, so that
-// each line is written once.
+// line of every row) at a time then go through local blocks, so that each
+// line is read and written once; the bodies address the input block with
+// constant offsets.
 const char* kSplitBlocked = R"(        for (; rowStep * sizeof($T) >= 4096 && lane + 4 * $L <= v; lane += 4 * $L) {
-            alignas(64) $T loBlock[$N * 4 * $L], hiBlock[$N * 4 * $L];
+            alignas(64) $T inBlock[2 * $N * 4 * $L], loBlock[$N * 4 * $L], hiBlock[$N * 4 * $L];
+            const $T* rows = src + 2 * g * row + lane;
+            for (int r = 0; r < 2 * $N; ++r)
+                for (int q = 0; q < 4 * $L; q += $L)
+                    _mm_store_$S(inBlock + r * 4 * $L + q, _mm_loadu_$S(rows + r * v + q));
             for (int q = 0; q < 4; ++q) {
-                const $T* in = src + 2 * g * row + lane + $L * q;
+                constexpr long v = 4 * $L, row = $N * v, out = v, step = 2 * v;
+                const $T* in = inBlock + $L * q;
                 $T* lo = loBlock + $L * q;
                 $T* hi = hiBlock + $L * q;
-                const long out = 4 * $L, step = 8 * $L;
 $blockbody            }
             for (int r = 0; r < $N; ++r)
                 for (int q = 0; q < 4 * $L; q += $L) {
