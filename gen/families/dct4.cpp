@@ -281,28 +281,25 @@ const char* kOutput = R"(void owngDCT4_output_$N_$P(const $T* w, $T* y, int n, c
     const int m = n / (2 * $N), M = 2 * m;
     int g = 0;
     // Long output rows: four groups (one cache line of every output row) at
-    // a time through local blocks, so that each line is written once.
+    // a time, their rows combined and stored line by line, so that each line
+    // is written at once.
     for (; M * sizeof($T) >= 2048 && g + 4 <= m / $L; g += 4) {
-        alignas(64) $T loBlock[$N * 4 * $L], hiBlock[$N * 4 * $L];
+        alignas(16) $T blockA[4 * $N * $L], blockD[4 * $N * $L];
         for (int group = 0; group < 4; ++group) {
             const $T* tab = table + (g + group) * (2 * $N * $L);
             const $T* rows = w + 2L * $L * (g + group) * $N;
-            alignas(16) $T ua[$H * $L], va[$H * $L], ub[$H * $L], vb[$H * $L], A[$N * $L], D[$N * $L];
-$blockbody            combineHalves<$N>(A, D, loBlock + $L * group, 4 * $L, hiBlock + (3 - group) * $L, 4 * $L);
-        }
-        const int base = $L * g;
-        for (int p = 0; p < $N; ++p)
-            for (int q = 0; q < 4 * $L; q += $L) {
-                _mm_storeu_$S(y + static_cast<long>(M) * p + base + q, _mm_load_$S(loBlock + p * 4 * $L + q));
-                _mm_storeu_$S(y + static_cast<long>(M) * (p + 1) - 4 * $L - base + q, _mm_load_$S(hiBlock + p * 4 * $L + q));
-            }
+            $T* const A = blockA + group * $N * $L;
+            $T* const D = blockD + group * $N * $L;
+            alignas(16) $T ua[$H * $L], va[$H * $L], ub[$H * $L], vb[$H * $L];
+$blockbody        }
+        combineHalves<$N, 4>(blockA, blockD, y + $L * g, M, y + M - $L - $L * g, M);
     }
     for (; g < m / $L; ++g) {
         const int i0 = $L * g;
         const $T* tab = table + g * (2 * $N * $L);
         const $T* rows = w + 2L * i0 * $N;
         alignas(16) $T ua[$H * $L], va[$H * $L], ub[$H * $L], vb[$H * $L], A[$N * $L], D[$N * $L];
-$body        combineHalves<$N>(A, D, y + i0, M, y + M - $L - i0, M);
+$body        combineHalves<$N, 1>(A, D, y + i0, M, y + M - $L - i0, M);
     }
 }
 )";

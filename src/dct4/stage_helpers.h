@@ -59,19 +59,22 @@ inline __m128d sub(__m128d a, __m128d b) { return _mm_sub_pd(a, b); }
 inline __m128 negated(__m128 v) { return _mm_xor_ps(v, _mm_set1_ps(-0.0f)); }
 inline __m128d negated(__m128d v) { return _mm_xor_pd(v, _mm_set1_pd(-0.0)); }
 
-// Root output side, from A = DCT-II(a) and D = DCT-II(b'), d vectors each:
-// lo + p loStride gets A[p] + D[d-p] (p < d, D[d] = 0) and hi + (p-1) hiStride
+// Root output side, from A = DCT-II(a) and D = DCT-II(b'), d vectors each
+// for every one of `groups` consecutive vector groups q: lo + p loStride + q
+// lanes gets A[p] + D[d-p] (p < d, D[d] = 0) and hi + (p-1) hiStride - q lanes
 // gets A[p] - D[d-p] lanes reversed (p = 1..d, A[d] = 0).
-template <int d, class T>
+template <int d, int groups, class T>
 inline void combineHalves(const T* A, const T* D, T* lo, long loStride, T* hi, long hiStride) {
     constexpr int lanes = 16 / sizeof(T);
-    storeu(lo, load(A));
-    for (int p = 1; p < d; ++p) {
-        const auto a = load(A + p * lanes), b = load(D + (d - p) * lanes);
-        storeu(lo + p * loStride, add(a, b));
-        storeu(hi + (p - 1) * hiStride, reversed(sub(a, b)));
-    }
-    storeu(hi + (d - 1) * hiStride, reversed(negated(load(D))));
+    for (int q = 0; q < groups; ++q) storeu(lo + q * lanes, load(A + q * d * lanes));
+    for (int p = 1; p < d; ++p)
+        for (int q = 0; q < groups; ++q) {
+            const auto a = load(A + (q * d + p) * lanes), b = load(D + (q * d + d - p) * lanes);
+            storeu(lo + p * loStride + q * lanes, add(a, b));
+            storeu(hi + (p - 1) * hiStride - q * lanes, reversed(sub(a, b)));
+        }
+    for (int q = 0; q < groups; ++q)
+        storeu(hi + (d - 1) * hiStride - q * lanes, reversed(negated(load(D + q * d * lanes))));
 }
 
 }  // namespace kfpg::dct4
