@@ -290,7 +290,7 @@ const char* kOutput = R"(void owngDCT4_output_$N_$P(const $T* w, $T* y, int n, c
             const $T* rows = w + 2L * $L * (g + group) * $N;
             $T* const A = blockA + group * $N * $L;
             $T* const D = blockD + group * $N * $L;
-            alignas(16) $T ua[$H * $L], va[$H * $L], ub[$H * $L], vb[$H * $L];
+            alignas(16) $T u[2 * $H * $L], v[2 * $H * $L];
 $blockbody        }
         combineHalves<$N, 4>(blockA, blockD, y + $L * g, M, y + M - $L - $L * g, M);
     }
@@ -298,7 +298,7 @@ $blockbody        }
         const int i0 = $L * g;
         const $T* tab = table + g * (2 * $N * $L);
         const $T* rows = w + 2L * i0 * $N;
-        alignas(16) $T ua[$H * $L], va[$H * $L], ub[$H * $L], vb[$H * $L], A[$N * $L], D[$N * $L];
+        alignas(16) $T u[2 * $H * $L], v[2 * $H * $L], A[$N * $L], D[$N * $L];
 $body        combineHalves<$N, 1>(A, D, y + i0, M, y + M - $L - i0, M);
     }
 }
@@ -306,58 +306,63 @@ $body        combineHalves<$N, 1>(A, D, y + i0, M, y + M - $L - i0, M);
 
 // Rows 2i + c of the work array, transposed so that lane = i, rotated by the
 // table pair of r into a_r and b'_r, and the first butterfly level of both
-// DCT-IIs into ua, va, ub, vb. Column blocks j and d - lanes - j are taken
-// together, so that every pair r, d-1-r is in registers at once.
+// DCT-IIs into u (side a, then side b) and v. Column blocks j and
+// d - lanes - j are taken together, so that every pair r, d-1-r is in
+// registers at once; a loop runs over j (one block when d is the lane count).
 std::string outputGather(const Target& t, int d) {
     const int l = t.lanes();
-    const std::string ld = "_mm_load_" + t.sfx(), st = "_mm_store_" + t.sfx();
-    std::string out;
-    for (int j = 0; j <= d - l - j; j += l) {
-        out += "{\n";
-        std::vector<int> blocks{j};
-        if (d - l - j != j) blocks.push_back(d - l - j);
-        for (int block : blocks) {
-            std::string re, im;
-            for (int i = 0; i < l; ++i) {
-                const std::string r = num(block + i);
-                out += "    " + t.vec() + " a" + r + " = " + ld + "(rows + " + num(2 * i * d + block) + "), b" + r +
-                       " = " + ld + "(rows + " + num((2 * i + 1) * d + block) + ");\n";
-                re += (i ? ", a" : "a") + r, im += (i ? ", b" : "b") + r;
-            }
-            out += "    transpose(" + re + ");\n    transpose(" + im + ");\n";
-            for (int i = 0; i < l; ++i) {
-                const int r = block + i;
-                out += std::string("    ") + (r % 2 ? "rotateNegated" : "rotate") + "(a" + num(r) + ", b" + num(r) +
-                       ", tab + " + num(2 * r * l) + ");\n";
-            }
+    const std::string ld = "_mm_load_" + t.sfx(), st = "_mm_store_" + t.sfx(), sfx = t.sfx();
+    const std::string sideB = num(d / 2 * l);
+    const bool loop = d > l;
+    std::string out = loop ? "for (int j = 0; j < " + num(d / 2) + "; j += " + num(l) + ") {\n    const int k = " +
+                                 num(d - l) + " - j;\n"
+                           : "{\n    const int j = 0;\n";
+    // Block at column `col` into re<prefix>, im<prefix> vectors 0..l-1 (lane = i, vector = r - col).
+    auto column = [&](const std::string& col, const std::string& re, const std::string& im) {
+        std::string names[2];
+        for (int i = 0; i < l; ++i) {
+            out += "    " + t.vec() + " " + re + num(i) + " = " + ld + "(rows + " + num(2 * i * d) + " + " + col + "), " +
+                   im + num(i) + " = " + ld + "(rows + " + num((2 * i + 1) * d) + " + " + col + ");\n";
+            names[0] += (i ? ", " : "") + re + num(i), names[1] += (i ? ", " : "") + im + num(i);
         }
-        for (int r = j; r < j + l && r < d - 1 - r; ++r)
-            for (const char* v : {"a", "b"}) {
-                const std::string x = v + num(r), y = v + num(d - 1 - r), at = " + " + num(r * l);
-                out += "    " + st + "(u" + v + at + ", _mm_add_" + t.sfx() + "(" + x + ", " + y + "));\n";
-                out += "    " + st + "(v" + v + at + ", _mm_sub_" + t.sfx() + "(" + x + ", " + y + "));\n";
-            }
-        out += "}\n";
+        out += "    transpose(" + names[0] + ");\n    transpose(" + names[1] + ");\n";
+        // col is even, so r = col + i has the parity of i.
+        for (int i = 0; i < l; ++i)
+            out += std::string("    ") + (i % 2 ? "rotateNegated" : "rotate") + "(" + re + num(i) + ", " + im + num(i) +
+                   ", tab + 2 * (" + col + " + " + num(i) + ") * " + num(l) + ");\n";
+    };
+    column("j", "a", "b");
+    if (loop) column("k", "c", "e");
+    const std::string hiRe = loop ? "c" : "a", hiIm = loop ? "e" : "b";
+    for (int i = 0; i < (loop ? l : l / 2); ++i) {
+        // r = j + i pairs with d-1-r, lane vector l-1-i of the partner block.
+        const std::string at = "(j + " + num(i) + ") * " + num(l), p = num(l - 1 - i);
+        for (int side = 0; side < 2; ++side) {
+            const std::string x = (side ? "b" : "a") + num(i), y = (side ? hiIm : hiRe) + p;
+            const std::string to = side ? " + " + sideB : "";
+            out += "    " + st + "(u" + to + " + " + at + ", _mm_add_" + sfx + "(" + x + ", " + y + "));\n";
+            out += "    " + st + "(v" + to + " + " + at + ", _mm_sub_" + sfx + "(" + x + ", " + y + "));\n";
+        }
     }
-    return out;
+    return out + "}\n";
 }
 
 std::string outputKernel(const Target& t, int d, OpCounts& counts) {
     const int l = t.lanes();
     std::string body = outputGather(t, d);
     counts = OpCounts{};
-    // The four half-size transforms: u, v of a into A, of b' into D.
+    // The half-size transforms, each in a loop over the two sides: u into the
+    // even rows of A (side a) or D (side b), v into the odd rows.
     const Dag even = dct2Dag(d / 2), odd = directDag(d / 2);
-    for (const char* side : {"a", "b"})
-        for (int half = 0; half < 2; ++half) {
-            const std::string in = std::string(half ? "v" : "u") + side, to = *side == 'a' ? "A" : "D";
-            const EmitResult r = emitBody(half ? odd : even, vertical(
-                t, [in, l](int i) { return in + " + " + num(i * l); },
-                [to, half, l](int p) { return to + " + " + num((2 * p + half) * l); }));
-            counts.arithmetic += r.counts.arithmetic, counts.shuffles += r.counts.shuffles;
-            counts.loads += r.counts.loads, counts.stores += r.counts.stores;
-            body += "{\n" + r.body + "}\n";
-        }
+    for (int half = 0; half < 2; ++half) {
+        const EmitResult r = emitBody(half ? odd : even, vertical(
+            t, [l](int i) { return "in + " + num(i * l); },
+            [half, l](int p) { return "to + " + num((2 * p + half) * l); }));
+        counts.arithmetic += 2 * r.counts.arithmetic, counts.shuffles += 2 * r.counts.shuffles;
+        counts.loads += 2 * r.counts.loads, counts.stores += 2 * r.counts.stores;
+        body += "for (int side = 0; side < 2; ++side) {\n    const " + t.real() + "* in = " + (half ? "v" : "u") +
+                " + side * " + num(d / 2 * l) + ";\n    " + t.real() + "* to = side ? D : A;\n" + indent(r.body) + "}\n";
+    }
     auto w = words(t, d);
     w["$body"] = indent(indent(body));
     w["$blockbody"] = indent(indent(indent(body)));
