@@ -125,16 +125,17 @@ const char* kLeafBlocked = R"(    if ($N * std::min<long>(v * sizeof($T), 4096) 
             for (int j = 0; j < $H; ++j)
                 for (int q = 0; q < 4 * $L; q += $L) {
                     _mm_store_$S(inBlock + j * 4 * $L + q, _mm_loadu_$S(fwdRow + j * stride + q));
-                    _mm_store_$S(inBlock + ($H + j) * 4 * $L + q, _mm_loadu_$S(reflRow - ($H + j) * stride + q));
+                    // Reflected rows reversed: group g's lanes at g's place.
+                    _mm_store_$S(inBlock + ($H + j) * 4 * $L + 3 * $L - q,
+                                 reversed(_mm_loadu_$S(reflRow - ($H + j) * stride + q)));
                 }
             for (int group = 0; group < 4; ++group) {
-                const long stride = 4 * $L;
+                constexpr long stride = 4 * $L, revStride = stride;
                 const int v = 4 * $L;
                 const $T* fwd = inBlock + $L * group;
-                const $T* refl = inBlock + $L * (3 - group) + $H * stride;
+                const $T* rev = fwd + $H * stride;
                 $T* out = outBlock + $L * group;
-                alignas(16) $T rev[$H * $L];
-$blockstage$blockbody            }
+$blockbody            }
             for (int e = 0; e < $N; ++e)
                 for (int q = 0; q < 4 * $L; q += $L)
                     _mm_storeu_$S(dst + e * static_cast<long>(v) + lane + q, _mm_load_$S(outBlock + e * 4 * $L + q));
@@ -152,6 +153,7 @@ $blocked    for (; lane < v; lane += $L) {
         const $T* refl = x + (2L * n - $L) - offset;
         $T* out = dst + lane;
         alignas(16) $T rev[$H * $L];
+        constexpr long revStride = $L;
 $stage$body    }
 }
 )";
@@ -208,7 +210,7 @@ Dag splitPassDag(int m, int dp, int g) {
 EmitResult leafBody(const Target& t, int m) {
     const int l = t.lanes();
     auto input = [m, l](int n) {
-        return n < m / 2 ? "fwd + " + num(n) + " * stride" : "rev + " + num(l * (n - m / 2));
+        return n < m / 2 ? "fwd + " + num(n) + " * stride" : "rev + " + num(n - m / 2) + " * revStride";
     };
     auto output = [](int e) { return "out + " + num(e) + "L * v"; };
     if (m <= 8) return emitBody(rodftDag(m), vertical(t, input, output));
@@ -245,10 +247,6 @@ std::string leafKernel(const Target& t, int m, OpCounts& counts) {
                "(refl - " + num(m / 2 + j) + " * stride)));\n";
     });
     w["$body"] = indent(r.body);
-    w["$blockstage"] = lines(m / 2, [&](int j) {
-        return "                _mm_store_" + t.sfx() + "(rev + " + num(t.lanes() * j) + ", reversed(_mm_load_" + t.sfx() +
-               "(refl + " + num(j) + " * stride)));\n";
-    });
     w["$blockbody"] = indent(indent(indent(r.body)));
     w["$blocked"] = m >= 16 ? fill(kLeafBlocked, w) : "";
     return fill(kLeaf, w);
