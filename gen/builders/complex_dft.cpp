@@ -384,6 +384,16 @@ std::vector<Complex> raderSpectrum(int p, int g, int sign) {
     for (int j = 0; j < m; ++j) b[j] = unitRoot(powMod(gInv, j, p), p, sign);
     std::vector<Complex> spectrum = naiveDft(b, sign);
     for (Complex& v : spectrum) v /= static_cast<Real>(m);
+    // b[j + m/2] = conj(b[j]), so element 0 is real and element m/2 is
+    // imaginary (m/2 odd) or real (m/2 even). Their other parts come out of
+    // the sum as rounding noise; zero makes them products by a real or an
+    // imaginary constant.
+    const int h = m / 2;
+    spectrum[0].imag(0);
+    if (h % 2)
+        spectrum[h].real(0);
+    else
+        spectrum[h].imag(0);
     return spectrum;
 }
 

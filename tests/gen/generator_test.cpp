@@ -119,6 +119,20 @@ TEST(RaderSpectrum, HoldsTheInverseLengthAndTheDocumentedValuesForSeven) {
     }
 }
 
+// Element 0 is a plain sum and element (p-1)/2 is real or imaginary by
+// symmetry; exact zeros there turn two complex products into scalings.
+TEST(RaderSpectrum, SymmetricElementsAreExactlyRealOrImaginary) {
+    for (int p : {7, 11, 13, 17, 19, 23, 29, 31, 37, 41, 43, 53, 61})
+        for (int sign : {-1, 1}) {
+            const auto b = raderSpectrum(p, primitiveRoot(p), sign);
+            const int h = (p - 1) / 2;
+            EXPECT_EQ(b[0].imag(), 0) << p;
+            EXPECT_EQ(h % 2 ? b[h].real() : b[h].imag(), 0) << p;
+            EXPECT_NEAR(static_cast<double>(b[0].real()), -1.0 / (p - 1), 1e-18) << p;
+            EXPECT_GT(std::abs(h % 2 ? b[h].imag() : b[h].real()), 1e-3L) << p;
+        }
+}
+
 TEST(DftTable, AlgorithmsByLengthAreTheDocumentedOnes) {
     auto expectKind = [](std::initializer_list<int> lengths, DftAlgorithm a) {
         for (int n : lengths) EXPECT_EQ(dftRow(n).kernel, a) << n;
