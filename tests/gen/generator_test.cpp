@@ -50,7 +50,8 @@ TEST(Simplifier, NeverMultipliesByOneZeroOrMinusOne) {
     EXPECT_EQ(d.node(d.scale(-1, x)).op, Op::Neg);
     EXPECT_EQ(d.node(d.scale(0, x)).op, Op::Zero);
     EXPECT_EQ(d.add(x, d.scale(0, y)), x);
-    EXPECT_EQ(d.node(d.sub(x, x)).op, Op::Zero);
+    // x - x is not folded: it is NaN, not zero, for a non-finite x.
+    EXPECT_EQ(d.node(d.sub(x, x)).op, Op::Sub);
     EXPECT_EQ(d.cmul(Complex(1, 0), x), x);
     EXPECT_EQ(d.node(d.cmul(Complex(2, 0), x)).op, Op::Scale);
     EXPECT_EQ(d.cmul(Complex(0, -1), x), d.mulI(-1, x));
@@ -116,6 +117,20 @@ TEST(RaderSpectrum, HoldsTheInverseLengthAndTheDocumentedValuesForSeven) {
         EXPECT_NEAR(static_cast<double>(b[i].real()), static_cast<double>(want[i].real()), 1e-6) << i;
         EXPECT_NEAR(static_cast<double>(b[i].imag()), static_cast<double>(want[i].imag()), 1e-6) << i;
     }
+}
+
+// Element 0 is a plain sum and element (p-1)/2 is real or imaginary by
+// symmetry; exact zeros there turn two complex products into scalings.
+TEST(RaderSpectrum, SymmetricElementsAreExactlyRealOrImaginary) {
+    for (int p : {7, 11, 13, 17, 19, 23, 29, 31, 37, 41, 43, 53, 61})
+        for (int sign : {-1, 1}) {
+            const auto b = raderSpectrum(p, primitiveRoot(p), sign);
+            const int h = (p - 1) / 2;
+            EXPECT_EQ(b[0].imag(), 0) << p;
+            EXPECT_EQ(h % 2 ? b[h].real() : b[h].imag(), 0) << p;
+            EXPECT_NEAR(static_cast<double>(b[0].real()), -1.0 / (p - 1), 1e-18) << p;
+            EXPECT_GT(std::abs(h % 2 ? b[h].imag() : b[h].real()), 1e-3L) << p;
+        }
 }
 
 TEST(DftTable, AlgorithmsByLengthAreTheDocumentedOnes) {
