@@ -345,7 +345,85 @@ std::string outputGather(const Target& t, int d) {
     return out + "}\n";
 }
 
+// Short rows (d <= 16: N <= 512 in every plan) in one body over all 2d
+// rotated values: inputs a_r (0..d-1) and b'_r (d..2d-1), outputs p < d:
+// A[p] + D[d-p] and d + p - 1 for p = 1..d: A[p] - D[d-p].
+Dag outputPairDag(int d) {
+    Dag dag(ValueKind::Real, 1);
+    Values a(d), b(d);
+    for (int r = 0; r < d; ++r) a[r] = dag.input(r), b[r] = dag.input(d + r);
+    const Values A = buildDct2(dag, a), D = buildDct2(dag, b);
+    dag.output(0, A[0]);
+    for (int p = 1; p < d; ++p) {
+        dag.output(p, dag.add(A[p], D[d - p]));
+        dag.output(d + p - 1, dag.sub(A[p], D[d - p]));
+    }
+    dag.output(2 * d - 1, dag.neg(D[0]));
+    // y[p] = sum a cos(pi(2r+1)p/(2d)) +- sum b sin(...), b_r = (-1)^r b'_r.
+    const std::vector<Real> x = randomReals(2 * d, 5u + d);
+    std::vector<Real> want(2 * d);
+    for (int p = 0; p <= d; ++p) {
+        Real ca = 0, sb = 0;
+        for (int r = 0; r < d; ++r) {
+            ca += x[r] * cosPiRatio(static_cast<long>(2 * r + 1) * p, 2 * d);
+            sb += (r % 2 ? -x[d + r] : x[d + r]) * sinPiRatio(static_cast<long>(2 * r + 1) * p, 2 * d);
+        }
+        if (p < d) want[p] = ca + sb;
+        if (p > 0) want[d + p - 1] = ca - sb;
+    }
+    expectClose(run(dag, x, 2 * d), want, "DCT-II/DST-II pair " + std::to_string(d));
+    return dag;
+}
+
+const char* kOutputShort = R"(void owngDCT4_output_$N_$P(const $T* w, $T* y, int n, const $T* table) {
+    const int m = n / (2 * $N), M = 2 * m;
+    for (int g = 0; g < m / $L; ++g) {
+        const int i0 = $L * g;
+        const $T* tab = table + g * (2 * $N * $L);
+        const $T* rows = w + 2L * i0 * $N;
+        alignas(16) $T a[$N * $L], b[$N * $L], hi[$N * $L];
+$gather$body$scatter    }
+}
+)";
+
+std::string shortOutputKernel(const Target& t, int d, OpCounts& counts) {
+    const int l = t.lanes();
+    const std::string ld = "_mm_load_" + t.sfx(), st = "_mm_store_" + t.sfx();
+    std::string gather;
+    for (int j = 0; j < d; j += l) {
+        std::string re, im;
+        gather += "{\n";
+        for (int i = 0; i < l; ++i) {
+            gather += "    " + t.vec() + " re" + num(i) + " = " + ld + "(rows + " + num(2 * i * d + j) + "), im" + num(i) +
+                      " = " + ld + "(rows + " + num((2 * i + 1) * d + j) + ");\n";
+            re += (i ? ", re" : "re") + num(i), im += (i ? ", im" : "im") + num(i);
+        }
+        gather += "    transpose(" + re + ");\n    transpose(" + im + ");\n";
+        for (int i = 0; i < l; ++i) {
+            const int r = j + i;
+            gather += std::string("    ") + (r % 2 ? "rotateNegated" : "rotate") + "(re" + num(i) + ", im" + num(i) +
+                      ", tab + " + num(2 * r * l) + ");\n    " + st + "(a + " + num(l * r) + ", re" + num(i) + ");\n    " +
+                      st + "(b + " + num(l * r) + ", im" + num(i) + ");\n";
+        }
+        gather += "}\n";
+    }
+    const EmitResult r = emitBody(outputPairDag(d), vertical(
+        t, [d, l](int i) { return i < d ? "a + " + num(l * i) : "b + " + num(l * (i - d)); },
+        [d, l](int e) { return e < d ? "y + " + num(e) + "L * M + i0" : "hi + " + num(l * (e - d)); }));
+    counts = r.counts;
+    auto w = words(t, d);
+    w["$gather"] = indent(indent(gather));
+    w["$body"] = indent(r.body);
+    // The differences A[p] - D[d-p] go to y[M p - 1 - i], lanes reversed.
+    w["$scatter"] = lines(d, [&](int q) {
+        return "        _mm_storeu_" + t.sfx() + "(y + " + num(q + 1) + "L * M - " + num(l) + " - i0, reversed(" + ld +
+               "(hi + " + num(l * q) + ")));\n";
+    });
+    return fill(kOutputShort, w);
+}
+
 std::string outputKernel(const Target& t, int d, OpCounts& counts) {
+    if (d <= 16) return shortOutputKernel(t, d, counts);
     const int l = t.lanes();
     std::string body = outputGather(t, d);
     counts = OpCounts{};
