@@ -278,19 +278,20 @@ Dag dct2Dag(int n) {
 const char* kOutput = R"(void owngDCT4_output_$N_$P(const $T* w, $T* y, int n, const $T* table) {
     const int m = n / (2 * $N), M = 2 * m;
     int g = 0;
-    // Long output rows: four groups (one cache line of every output row) at
-    // a time, their rows combined and stored line by line, so that each line
-    // is written at once.
-    for (; M * sizeof($T) >= 2048 && g + 4 <= m / $L; g += 4) {
-        alignas(16) $T blockA[4 * $N * $L], blockD[4 * $N * $L];
-        for (int group = 0; group < 4; ++group) {
+    // Long output rows: sixteen groups (four cache lines of every output row)
+    // at a time, their rows combined and stored line by line, so that each
+    // line is written at once and each row's page is visited once per four
+    // lines (the 2d rows of one pass are more pages than the data TLB holds).
+    for (; M * sizeof($T) >= 2048 && g + 16 <= m / $L; g += 16) {
+        alignas(16) $T blockA[16 * $N * $L], blockD[16 * $N * $L];
+        for (int group = 0; group < 16; ++group) {
             const $T* tab = table + (g + group) * (2 * $N * $L);
             const $T* rows = w + 2L * $L * (g + group) * $N;
             $T* const A = blockA + group * $N * $L;
             $T* const D = blockD + group * $N * $L;
             alignas(16) $T u[2 * $H * $L], v[2 * $H * $L];
 $blockbody        }
-        combineHalves<$N, 4>(blockA, blockD, y + $L * g, M, y + M - $L - $L * g, M);
+        combineHalves<$N, 16>(blockA, blockD, y + $L * g, M, y + M - $L - $L * g, M);
     }
     for (; g < m / $L; ++g) {
         const int i0 = $L * g;
