@@ -116,29 +116,29 @@ std::string num(long v) { return std::to_string(v); }
 // four lane groups (one cache line of every row) at a time go through local
 // blocks, so that each line of the strided rows is read and written once
 // instead of once per group.
-const char* kLeafBlocked = R"(    if ($N * std::min<long>(v * sizeof($T), 4096) > 8 * 4096 && (rootD & (4 * $L - 1)) == 0) {
-        for (; lane < v; lane += 4 * $L) {
+const char* kLeafBlocked = R"(    if ($N * std::min<long>(v * sizeof($T), 4096) > 8 * 4096 && (rootD & ($B * $L - 1)) == 0) {
+        for (; lane < v; lane += $B * $L) {
             const long offset = 2L * lane - (lane & (rootD - 1));
             const $T* fwdRow = x + offset;
-            const $T* reflRow = x + (2L * n - 4 * $L) - offset;
-            alignas(64) $T inBlock[$N * 4 * $L], outBlock[$N * 4 * $L];
+            const $T* reflRow = x + (2L * n - $B * $L) - offset;
+            alignas(64) $T inBlock[$N * $B * $L], outBlock[$N * $B * $L];
             for (int j = 0; j < $H; ++j)
-                for (int q = 0; q < 4 * $L; q += $L) {
-                    _mm_store_$S(inBlock + j * 4 * $L + q, _mm_loadu_$S(fwdRow + j * stride + q));
+                for (int q = 0; q < $B * $L; q += $L) {
+                    _mm_store_$S(inBlock + j * $B * $L + q, _mm_loadu_$S(fwdRow + j * stride + q));
                     // Reflected rows reversed: group g's lanes at g's place.
-                    _mm_store_$S(inBlock + ($H + j) * 4 * $L + 3 * $L - q,
+                    _mm_store_$S(inBlock + ($H + j) * $B * $L + ($B - 1) * $L - q,
                                  reversed(_mm_loadu_$S(reflRow - ($H + j) * stride + q)));
                 }
-            for (int group = 0; group < 4; ++group) {
-                constexpr long stride = 4 * $L, revStride = stride;
-                const int v = 4 * $L;
+            for (int group = 0; group < $B; ++group) {
+                constexpr long stride = $B * $L, revStride = stride;
+                const int v = $B * $L;
                 const $T* fwd = inBlock + $L * group;
                 const $T* rev = fwd + $H * stride;
                 $T* out = outBlock + $L * group;
 $blockbody            }
             for (int e = 0; e < $N; ++e)
-                for (int q = 0; q < 4 * $L; q += $L)
-                    _mm_storeu_$S(dst + e * static_cast<long>(v) + lane + q, _mm_load_$S(outBlock + e * 4 * $L + q));
+                for (int q = 0; q < $B * $L; q += $L)
+                    _mm_storeu_$S(dst + e * static_cast<long>(v) + lane + q, _mm_load_$S(outBlock + e * $B * $L + q));
         }
     }
 )";
@@ -248,6 +248,7 @@ std::string leafKernel(const Target& t, int m, OpCounts& counts) {
     });
     w["$body"] = indent(r.body);
     w["$blockbody"] = indent(indent(indent(r.body)));
+    w["$B"] = "8";
     w["$blocked"] = m >= 16 ? fill(kLeafBlocked, w) : "";
     return fill(kLeaf, w);
 }
