@@ -507,23 +507,23 @@ $body        }
 // line of every row) at a time then go through local blocks, so that each
 // line is read and written once; the bodies address the input block with
 // constant offsets.
-const char* kSplitBlocked = R"(        for (; rowStep * sizeof($T) >= 4096 && lane + 4 * $L <= v; lane += 4 * $L) {
-            alignas(64) $T inBlock[2 * $N * 4 * $L], loBlock[$N * 4 * $L], hiBlock[$N * 4 * $L];
+const char* kSplitBlocked = R"(        for (; rowStep * sizeof($T) >= 4096 && lane + $B * $L <= v; lane += $B * $L) {
+            alignas(64) $T inBlock[2 * $N * $B * $L], loBlock[$N * $B * $L], hiBlock[$N * $B * $L];
             const $T* rows = src + 2 * g * row + lane;
             for (int r = 0; r < 2 * $N; ++r)
-                for (int q = 0; q < 4 * $L; q += $L)
-                    _mm_store_$S(inBlock + r * 4 * $L + q, _mm_loadu_$S(rows + r * v + q));
-            for (int q = 0; q < 4; ++q) {
-                constexpr long v = 4 * $L, row = $N * v, out = v, step = 2 * v;
+                for (int q = 0; q < $B * $L; q += $L)
+                    _mm_store_$S(inBlock + r * $B * $L + q, _mm_loadu_$S(rows + r * v + q));
+            for (int q = 0; q < $B; ++q) {
+                constexpr long v = $B * $L, row = $N * v, out = v, step = 2 * v;
                 const $T* in = inBlock + $L * q;
                 $T* lo = loBlock + $L * q;
                 $T* hi = hiBlock + $L * q;
 $blockbody            }
             for (int r = 0; r < $N; ++r)
-                for (int q = 0; q < 4 * $L; q += $L) {
+                for (int q = 0; q < $B * $L; q += $L) {
                     const long at = (r / 2) * rowStep + (r % 2) * v + lane + q;
-                    _mm_storeu_$S(loRows + at, _mm_load_$S(loBlock + r * 4 * $L + q));
-                    _mm_storeu_$S(hiRows + at, _mm_load_$S(hiBlock + r * 4 * $L + q));
+                    _mm_storeu_$S(loRows + at, _mm_load_$S(loBlock + r * $B * $L + q));
+                    _mm_storeu_$S(hiRows + at, _mm_load_$S(hiBlock + r * $B * $L + q));
                 }
         }
 )";
@@ -603,6 +603,7 @@ std::string splitKernel(const Target& t, int d, OpCounts& counts) {
     auto w = words(t, d);
     w["$body"] = indent(indent(indent(code)));
     w["$blockbody"] = indent(w["$body"]);
+    w["$B"] = "8";
     // d' = 16 puts eight rows in a set, as many as it has ways: blocking then
     // pays only in 64f (measured), where a cache line holds four lane groups
     // of two lanes and the plain loop revisits each line four times.
