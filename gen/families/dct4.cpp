@@ -113,9 +113,11 @@ std::string num(long v) { return std::to_string(v); }
 
 // Rows 4 KiB apart share one cache set (2 KiB apart: one of two sets). When
 // a set gets more of the M output rows (v apart) than the cache has ways,
-// four lane groups (one cache line of every row) at a time go through local
-// blocks, so that each line of the strided rows is read and written once
-// instead of once per group.
+// 32 lanes at a time (8 lane groups in 32f, 16 in 64f: two or four cache
+// lines of every row) go through local blocks, so that each line of the strided
+// rows is read and written once instead of once per group, and each row's
+// page is visited once per block (the rows of one block lie on as many
+// pages as the data TLB holds, or more).
 const char* kLeafBlocked = R"(    if ($N * std::min<long>(v * sizeof($T), 4096) > 8 * 4096 && (rootD & ($B * $L - 1)) == 0) {
         for (; lane < v; lane += $B * $L) {
             const long offset = 2L * lane - (lane & (rootD - 1));
@@ -248,7 +250,7 @@ std::string leafKernel(const Target& t, int m, OpCounts& counts) {
     });
     w["$body"] = indent(r.body);
     w["$blockbody"] = indent(indent(indent(r.body)));
-    w["$B"] = "8";
+    w["$B"] = num(32 / t.lanes());
     w["$blocked"] = m >= 16 ? fill(kLeafBlocked, w) : "";
     return fill(kLeaf, w);
 }
@@ -503,10 +505,10 @@ $body        }
 )";
 
 // Rows of 4 KiB and more apart share one cache set; with d' = 32 there are
-// more rows of one set than the cache has ways. Four lane groups (one cache
-// line of every row) at a time then go through local blocks, so that each
-// line is read and written once; the bodies address the input block with
-// constant offsets.
+// more rows of one set than the cache has ways. Eight lane groups (two cache
+// lines of every row) at a time then go through local blocks, so that each
+// line is read and written once and each output row's page visited once per
+// block; the bodies address the input block with constant offsets.
 const char* kSplitBlocked = R"(        for (; rowStep * sizeof($T) >= 4096 && lane + $B * $L <= v; lane += $B * $L) {
             alignas(64) $T inBlock[2 * $N * $B * $L], loBlock[$N * $B * $L], hiBlock[$N * $B * $L];
             const $T* rows = src + 2 * g * row + lane;
