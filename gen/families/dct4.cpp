@@ -487,8 +487,12 @@ Dag pairDftDag(int n, bool conjugateUpperHalf, long step = 0, long den = 1) {
 // sub-results are twiddled and combined by a complex DFT of size d'; output
 // row r of the lower (upper) half at lo (hi) + r * step, its imaginary part
 // `out` further.
-const char* kSplit = R"(void owngDCT4_split_$N_$P(const $T* src, $T* dst, int v, int groups, int sub, const $T* table) {
-    const long row = static_cast<long>(v) * $N, rowStep = 2L * sub * v;
+const char* kSplit = R"(namespace {
+// V: the lane count when known at compile time (0: lanes), which lets the
+// bodies address their rows with constant offsets.
+template <int V>
+void splitStage_$N_$P(const $T* src, $T* dst, int lanes, int groups, int sub, const $T* table) {
+    const long v = V ? V : lanes, row = v * $N, rowStep = 2L * sub * v;
     for (int g = 0; g < groups; ++g) {
         const $T* tab = table + g * (2 * $N - 2) * $L;
         $T* const loRows = dst + 2L * g * v;
@@ -502,6 +506,15 @@ $blocked        for (; lane < v; lane += $L) {
 $body        }
     }
 }
+}  // namespace
+
+// Every recursive plan up to N = 2^16 interleaves the root's 32 lanes.
+void owngDCT4_split_$N_$P(const $T* src, $T* dst, int v, int groups, int sub, const $T* table) {
+    if (v == 32)
+        splitStage_$N_$P<32>(src, dst, v, groups, sub, table);
+    else
+        splitStage_$N_$P<0>(src, dst, v, groups, sub, table);
+}
 )";
 
 // Rows of 4 KiB and more apart share one cache set; with d' = 32 there are
@@ -510,14 +523,16 @@ $body        }
 // line is read and written once and each output row's page visited once per
 // block; the bodies address the input block with constant offsets.
 const char* kSplitBlocked = R"(        for (; rowStep * sizeof($T) >= 4096 && lane + $B * $L <= v; lane += $B * $L) {
-            alignas(64) $T inBlock[2 * $N * $B * $L], loBlock[$N * $B * $L], hiBlock[$N * $B * $L];
+            // Input rows in place when their distance is known, else copied.
+            alignas(64) $T inBlock[V ? 1 : 2 * $N * $B * $L], loBlock[$N * $B * $L], hiBlock[$N * $B * $L];
             const $T* rows = src + 2 * g * row + lane;
-            for (int r = 0; r < 2 * $N; ++r)
-                for (int q = 0; q < $B * $L; q += $L)
-                    _mm_store_$S(inBlock + r * $B * $L + q, _mm_loadu_$S(rows + r * v + q));
+            if constexpr (V == 0)
+                for (int r = 0; r < 2 * $N; ++r)
+                    for (int q = 0; q < $B * $L; q += $L)
+                        _mm_store_$S(inBlock + r * $B * $L + q, _mm_loadu_$S(rows + r * v + q));
             for (int q = 0; q < $B; ++q) {
-                constexpr long v = $B * $L, row = $N * v, out = v, step = 2 * v;
-                const $T* in = inBlock + $L * q;
+                constexpr long v = V ? V : $B * $L, row = $N * v, out = $B * $L, step = 2 * out;
+                const $T* in = (V ? rows : inBlock) + $L * q;
                 $T* lo = loBlock + $L * q;
                 $T* hi = hiBlock + $L * q;
 $blockbody            }
