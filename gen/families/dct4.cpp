@@ -145,7 +145,11 @@ $blockbody            }
     }
 )";
 
-const char* kLeaf = R"(void owngDCT4_leaf_$N_$P(const $T* x, int n, $T* dst, int v, int rootD) {
+const char* kLeaf = R"(namespace {
+// V: the lane count when known at compile time (0: lanes).
+template <int V>
+void leafStage_$N_$P(const $T* x, int n, $T* dst, int lanes, int rootD) {
+    const int v = V ? V : lanes;
     const long stride = 2L * v;
     int lane = 0;
 $blocked    for (; lane < v; lane += $L) {
@@ -157,6 +161,15 @@ $blocked    for (; lane < v; lane += $L) {
         alignas(16) $T rev[$H * $L];
         constexpr long revStride = $L;
 $stage$body    }
+}
+}  // namespace
+
+// The root of N = 1024 and 2048 interleaves 32 lanes.
+void owngDCT4_leaf_$N_$P(const $T* x, int n, $T* dst, int v, int rootD) {
+    if (v == 32)
+        leafStage_$N_$P<32>(x, n, dst, v, rootD);
+    else
+        leafStage_$N_$P<0>(x, n, dst, v, rootD);
 }
 )";
 
