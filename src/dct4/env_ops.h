@@ -3,6 +3,8 @@
 // plan builds its children and tables, mem returns the bytes that __init__
 // plus plan take (StatusSizeError when plan would fail), compute runs the
 // node, __del__ gives back what the object owns (not the object itself).
+// env5 compute runs a recursive split through `scratch` (N elements) instead
+// of the split's own work array when scratch is not null.
 #pragma once
 
 #include "dct4/envs.h"
@@ -35,7 +37,8 @@
                                                int twoD, int groups, int len2, int d);                         \
     KfpStatus owngDCT4_##P##w7_env5_plan(void* self);                                                          \
     int owngDCT4_##P##w7_env5_mem(int subSize, int len, int lastIndex, int twoD, int groups, int len2, int d); \
-    KfpStatus owngDCT4_##P##w7_env5_compute(const Env5<Real>* self, Real* dst, const Real* src, int rootD);   \
+    KfpStatus owngDCT4_##P##w7_env5_compute(const Env5<Real>* self, Real* dst, const Real* src, int rootD,    \
+                                            Real* scratch);                                                    \
     void owngDCT4_##P##w7_env5___del__(void* self);                                                            \
     Env7<Real>* owngDCT4_##P##w7_env7___init__(void* mem, Arena* arena, int subSize, int len, int len2,        \
                                                int stride, int workLen, int interleave);                       \
