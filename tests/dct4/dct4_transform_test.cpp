@@ -91,6 +91,12 @@ void checkLength(int n) {
     ASSERT_EQ(plan.run(src.data(), dst.data()), StatusOk);
     EXPECT_EQ(0, std::memcmp(dst.data(), y.data(), n * sizeof(Real))) << "misaligned differs, N=" << n;
 
+    // Out of place the destination may serve as scratch before its final
+    // values: whatever it held, here NaN, must not reach the result.
+    std::vector<Real> stale(n, std::numeric_limits<Real>::quiet_NaN());
+    ASSERT_EQ(plan.run(x.data(), stale.data()), StatusOk);
+    EXPECT_EQ(0, std::memcmp(stale.data(), y.data(), n * sizeof(Real))) << "stale destination leaks, N=" << n;
+
     // No cosine of the transform is zero, so one NaN input reaches every output.
     std::vector<Real> poisoned = x;
     poisoned[n / 3] = std::numeric_limits<Real>::quiet_NaN();
