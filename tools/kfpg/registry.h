@@ -17,11 +17,15 @@ struct CheckSummary {
     std::vector<std::string> failures;  // kernels over the bound, or with a wrong status
 };
 
+// Accuracy columns are the root mean square of the relative L2 error over
+// this many random inputs: one input alone varies by a third at small sizes.
+constexpr unsigned kAccuracyInputs = 16;
+
 struct BenchRow {
     std::string label;        // e.g. "N=12 fwd"
     double oursNs = NAN;      // median ns per call
     double peerNs = NAN;      // the peer's median ns per call, NaN when there is none
-    double oursError = NAN;   // optional accuracy columns (relative L2)
+    double oursError = NAN;   // optional accuracy columns (relative L2, see above)
     double peerError = NAN;
     std::string note;         // optional text printed after the columns
 };

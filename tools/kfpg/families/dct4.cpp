@@ -45,8 +45,8 @@ struct Reference {
     std::vector<Real> input;
     std::vector<long> which;
     std::vector<Real> want;
-    explicit Reference(int n) {
-        input = kfpg::ref::randomReals(static_cast<std::size_t>(n), 77u + static_cast<unsigned>(n));
+    explicit Reference(int n, unsigned seed = 0) {
+        input = kfpg::ref::randomReals(static_cast<std::size_t>(n), 77u + static_cast<unsigned>(n) + 1000u * seed);
         for (auto& v : input) v = static_cast<float>(v);
         if (n <= 4096)
             for (long k = 0; k < n; ++k) which.push_back(k);
@@ -132,17 +132,32 @@ std::vector<BenchRow> bench() {
         Api<T>::initAlloc(&spec, n);
         auto* x = static_cast<T*>(kfpMalloc(n * static_cast<int>(sizeof(T))));
         auto* y = static_cast<T*>(kfpMalloc(n * static_cast<int>(sizeof(T))));
-        for (int i = 0; i < n; ++i) x[i] = static_cast<T>(ref.input[i]);
-        Api<T>::run(x, y, spec);
-        row.oursError = ref.error(y);
-        std::vector<kfpg::bench::Body> bodies{kfpg::bench::repeated([&] { Api<T>::run(x, y, spec); }, y)};
 #ifdef KFPG_HAVE_FFTW
         auto* px = static_cast<T*>(kfpMalloc(n * static_cast<int>(sizeof(T))));
         auto* py = static_cast<T*>(kfpMalloc(n * static_cast<int>(sizeof(T))));
         const Peer<T> peer(n, px, py);  // planning may overwrite the arrays
+#endif
+        // Beyond 1024 one input already averages over a thousand outputs.
+        const unsigned inputs = n <= 1024 ? kfpg::tool::kAccuracyInputs : 1;
+        double oursSquares = 0;
+        [[maybe_unused]] double peerSquares = 0;
+        for (unsigned input = 0; input < inputs; ++input) {
+            const Reference sample = input == 0 ? ref : Reference(n, input);
+            for (int i = 0; i < n; ++i) x[i] = static_cast<T>(sample.input[i]);
+            Api<T>::run(x, y, spec);
+            oursSquares += std::pow(sample.error(y), 2);
+#ifdef KFPG_HAVE_FFTW
+            for (int i = 0; i < n; ++i) px[i] = static_cast<T>(sample.input[i]);
+            peer.run();
+            peerSquares += std::pow(sample.error(py, 0.5), 2);
+#endif
+        }
+        row.oursError = std::sqrt(oursSquares / inputs);
+        for (int i = 0; i < n; ++i) x[i] = static_cast<T>(ref.input[i]);
+        std::vector<kfpg::bench::Body> bodies{kfpg::bench::repeated([&] { Api<T>::run(x, y, spec); }, y)};
+#ifdef KFPG_HAVE_FFTW
+        row.peerError = std::sqrt(peerSquares / inputs);
         for (int i = 0; i < n; ++i) px[i] = static_cast<T>(ref.input[i]);
-        peer.run();
-        row.peerError = ref.error(py, 0.5);
         bodies.push_back(kfpg::bench::repeated([&] { peer.run(); }, py));
 #endif
         const auto ns = kfpg::bench::interleavedMedians(bodies);
