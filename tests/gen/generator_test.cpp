@@ -118,6 +118,21 @@ TEST(RaderSpectrum, HoldsTheInverseLengthAndTheDocumentedValuesForSeven) {
     }
 }
 
+// Element 0 is -1/(p-1), and element m/2 (m = p-1) is imaginary for odd m/2 and
+// real for even m/2: exact zeros there keep those products single multiplies.
+TEST(RaderSpectrum, VanishingComponentsAreExactZeros) {
+    for (int p : {7, 11, 13, 17, 19, 23, 29, 31, 37, 41, 43, 53, 61})
+        for (int sign : {-1, 1}) {
+            const auto b = raderSpectrum(p, primitiveRoot(p), sign);
+            const int h = (p - 1) / 2;
+            EXPECT_NEAR(static_cast<double>(b[0].real()), -1.0 / (p - 1), 1e-18) << p;
+            EXPECT_EQ(b[0].imag(), 0) << p;
+            EXPECT_EQ(h % 2 ? b[h].real() : b[h].imag(), 0) << p;
+            for (int k = 1; k < p - 1; ++k)
+                if (k != h) EXPECT_TRUE(b[k].real() != 0 && b[k].imag() != 0) << p << " " << k;
+        }
+}
+
 TEST(DftTable, AlgorithmsByLengthAreTheDocumentedOnes) {
     auto expectKind = [](std::initializer_list<int> lengths, DftAlgorithm a) {
         for (int n : lengths) EXPECT_EQ(dftRow(n).kernel, a) << n;
