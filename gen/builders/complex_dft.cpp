@@ -242,7 +242,9 @@ private:
     // n = n1 n2: n2 transforms of size n1 over the columns, twiddles (Cooley-
     // Tukey) or none (prime-factor, with index maps), n1 transforms of size n2.
     Signal twoStage(const DftRow& row, bool twiddled, const Signal& x, int sign, int group) {
-        const int n = row.n, n1 = row.n1, n2 = row.n2;
+        const int n = row.n;
+        const std::pair<int, int> factors = dftFactors(row, dag_.lanes());
+        const int n1 = factors.first, n2 = factors.second;
         auto inIndex = [&](int j1, int j2) { return twiddled ? j1 * n2 + j2 : (j1 * n2 + j2 * n1) % n; };
         const long e1 = twiddled ? 0 : inverseMod(n2 % n1, n1), e2 = twiddled ? 0 : inverseMod(n1 % n2, n2);
         auto outIndex = [&](int k1, int k2) {

@@ -136,7 +136,8 @@ std::string kernelCode(const Kernel& k, const Dag& dag, OpCounts& counts) {
 std::string tableLine(const Kernel& k, const FlopCount& f, const OpCounts& c) {
     const DftRow& row = dftRow(k.n);
     std::string algo = algorithmName(row.kernel);
-    if (row.n1) algo += " " + std::to_string(row.n1) + "x" + std::to_string(row.n2);
+    const auto [n1, n2] = dftFactors(row, k.lanes());
+    if (n1) algo += " " + std::to_string(n1) + "x" + std::to_string(n2);
     char peer[32] = "-";
     auto it = kFftwCounts.find(k.n);
     if (it != kFftwCounts.end()) {

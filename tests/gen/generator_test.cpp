@@ -147,7 +147,11 @@ TEST(DftTable, AlgorithmsByLengthAreTheDocumentedOnes) {
     for (int n = 2; n <= 64; ++n) {
         const DftRow& r = dftRow(n);
         EXPECT_EQ(r.n, n);
-        if (r.n1) EXPECT_EQ(r.n1 * r.n2, n) << n;
+        if (!r.n1) continue;
+        EXPECT_EQ(r.n1 * r.n2, n) << n;
+        EXPECT_EQ(n % r.n1OneLane, 0) << n;
+        EXPECT_NE(r.n1OneLane, 1) << n;
+        EXPECT_NE(r.n1OneLane, n) << n;
     }
     EXPECT_EQ(dftRow(7).asBlock, DftAlgorithm::Direct);
     EXPECT_EQ(dftRow(11).asBlock, DftAlgorithm::Direct);
