@@ -14,12 +14,13 @@ constexpr DftAlgorithm PF = DftAlgorithm::PrimeFactor;
 
 // n, kernel algorithm, n1 x n2 in two-lane code, n1 in one-lane code (n2 =
 // n / n1), algorithm as a block of a larger length. One-lane (64fc) code is
-// faster with the larger factor first at several lengths from 20 to 60
-// (measured); two-lane (32fc) code keeps the order that pairs its columns.
+// faster with the larger factor first at many lengths (measured; for 6 and 10
+// it pays inside Rader 7 and 11 and in 40); two-lane (32fc) code keeps the
+// order that pairs its columns.
 const DftRow kRows[] = {
     {2, B, 0, 0, 0, B},      {3, D, 0, 0, 0, D},      {4, B, 0, 0, 0, B},      {5, D, 0, 0, 0, D},
-    {6, PF, 2, 3, 2, PF},    {7, R, 0, 0, 0, D},      {8, CT, 2, 4, 2, CT},    {9, CT, 3, 3, 3, CT},
-    {10, PF, 2, 5, 2, PF},   {11, R, 0, 0, 0, D},     {12, PF, 4, 3, 4, PF},   {13, R, 0, 0, 0, R},
+    {6, PF, 2, 3, 3, PF},    {7, R, 0, 0, 0, D},      {8, CT, 2, 4, 2, CT},    {9, CT, 3, 3, 3, CT},
+    {10, PF, 2, 5, 5, PF},   {11, R, 0, 0, 0, D},     {12, PF, 4, 3, 4, PF},   {13, R, 0, 0, 0, R},
     {14, PF, 2, 7, 2, PF},   {15, PF, 3, 5, 3, PF},   {16, CT, 4, 4, 4, CT},   {17, R, 0, 0, 0, R},
     {18, PF, 2, 9, 2, PF},   {19, R, 0, 0, 0, R},     {20, PF, 4, 5, 5, PF},   {21, PF, 3, 7, 7, PF},
     {22, PF, 2, 11, 11, PF}, {23, R, 0, 0, 0, R},     {24, CT, 4, 6, 4, CT},   {25, CT, 5, 5, 5, CT},
