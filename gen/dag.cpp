@@ -74,7 +74,6 @@ NodeId Dag::add(NodeId a, NodeId b) {
 NodeId Dag::sub(NodeId a, NodeId b) {
     const Node& na = nodes_[a];
     const Node& nb = nodes_[b];
-    if (a == b) return zero();
     if (nb.op == Op::Zero) return a;
     if (na.op == Op::Zero) return neg(b);
     if (nb.op == Op::Neg) return add(a, nb.a);

@@ -1,8 +1,6 @@
 #include "complex_dft.h"
 
 #include <algorithm>
-#include <cmath>
-#include <limits>
 #include <map>
 #include <memory>
 #include <stdexcept>
@@ -333,32 +331,44 @@ private:
         const std::vector<Complex> spectrum = raderSpectrum(p, static_cast<int>(g), sign);
 
         const Signal A = transform(m, a, sign, group, false);
-        const NodeId x0 = group == 1 ? gather({x[0]}) : zeroUpperLanes(x[0]);
-        Signal products(m);
-        NodeId total = -1;
-        for (int j = 0; j < m; j += group) {
-            const int width = std::min(group, m - j);
-            Signal g2(A.begin() + j, A.begin() + j + width);
-            const NodeId v = gather(g2);
-            std::vector<Complex> w(spectrum.begin() + j, spectrum.begin() + j + width);
-            NodeId y = dag_.cmulLanes(laneConstants(w, group), v);
-            if (j == 0) {
-                total = dag_.add(v, x0);
-                y = dag_.add(y, x0);
-            }
-            for (int l = 0; l < width; ++l) products[j + l] = Slot{y, group == 1 ? 0 : l, -1};
+        // The product is taken on A's values where they are, lane by lane:
+        // the inverse transform gathers its inputs from any lanes anyway, so
+        // regrouping A into natural order first would only add shuffles.
+        // With group 1 every lane is a transform of its own and takes the
+        // same constant.
+        std::map<NodeId, std::vector<Complex>> constants;
+        for (int j = 0; j < m; ++j) {
+            auto& w = constants.emplace(A[j].value, std::vector<Complex>(dag_.lanes(), spectrum[j])).first->second;
+            w[A[j].lane] = spectrum[j];
         }
+        const NodeId v0 = A[0].value;
+        const NodeId x0 = group == 1 ? gather({x[0]}) : laneOnly(x[0], A[0].lane);
+        std::map<NodeId, NodeId> product;
+        for (const auto& [value, w] : constants) {
+            const NodeId y = dag_.cmulLanes(w, value);
+            product[value] = value == v0 ? dag_.add(y, x0) : y;
+        }
+        Signal products = A;
+        for (Slot& s : products) s.value = product[s.value];
         const Signal C = transform(m, products, -sign, group, false);
         Signal out(p);
-        out[0] = Slot{total, 0, -1};
+        out[0] = Slot{dag_.add(v0, x0), A[0].lane, -1};
         for (int k = 0; k < m; ++k) out[powMod(gInv, k, p)] = C[k];
         return out;
     }
 
     // A value holding the slot in lane 0 and zero in the other lane.
-    NodeId zeroUpperLanes(const Slot& s) {
-        if (s.element >= 0) return dag_.inputLanes({s.element, -1});
-        return dag_.shuffle(s.value, s.lane, dag_.zero(), 0);
+    NodeId zeroUpperLanes(const Slot& s) { return laneOnly(s, 0); }
+
+    // A value holding the slot in lane `lane` and zero in the other lanes.
+    NodeId laneOnly(const Slot& s, int lane) {
+        if (dag_.lanes() == 1) return gather({s});
+        if (s.element >= 0) {
+            std::vector<int> e(dag_.lanes(), -1);
+            e[lane] = s.element;
+            return dag_.inputLanes(e);
+        }
+        return lane == 0 ? dag_.shuffle(s.value, s.lane, dag_.zero(), 0) : dag_.shuffle(dag_.zero(), 0, s.value, s.lane);
     }
 
     Dag& dag_;
@@ -375,14 +385,17 @@ std::vector<Complex> raderSpectrum(int p, int g, int sign) {
     std::vector<Complex> b(m);
     for (int j = 0; j < m; ++j) b[j] = unitRoot(powMod(gInv, j, p), p, sign);
     std::vector<Complex> spectrum = naiveDft(b, sign);
-    // Element 0 is real and element m/2 real or imaginary; the long-double sums
-    // leave ~1e-20 there instead of 0, which would cost a full complex multiply.
-    const Real noise = 64 * std::numeric_limits<Real>::epsilon();
-    for (Complex& v : spectrum) {
-        v /= static_cast<Real>(m);
-        if (std::fabs(v.real()) < noise * std::abs(v)) v.real(0);
-        if (std::fabs(v.imag()) < noise * std::abs(v)) v.imag(0);
-    }
+    for (Complex& v : spectrum) v /= static_cast<Real>(m);
+    // b[j + m/2] = conj(b[j]), so element 0 is real and element m/2 is
+    // imaginary (m/2 odd) or real (m/2 even). Their other parts come out of
+    // the sum as rounding noise; zero makes them products by a real or an
+    // imaginary constant.
+    const int h = m / 2;
+    spectrum[0].imag(0);
+    if (h % 2)
+        spectrum[h].real(0);
+    else
+        spectrum[h].imag(0);
     return spectrum;
 }
 

@@ -2,6 +2,7 @@
 // under every flag, impulses, and forward-inverse round trips.
 #include <cmath>
 #include <complex>
+#include <limits>
 
 #include "buffers.h"
 #include "cdft_cases.h"
@@ -48,6 +49,30 @@ TEST_P(CdftAccuracy, ImpulsesGiveTheScaleAndATwiddleRow) {
                 }
             }
         }
+    });
+}
+
+// Every output depends on every input with a weight of modulus 1, so a NaN
+// or an infinity anywhere must reach every output component: a kernel that
+// drops an input, or folds x - x to zero, fails here.
+TEST_P(CdftAccuracy, NonFiniteInputsReachEveryOutput) {
+    const Case c = GetParam();
+    withPrecision(c, [&](auto tag) {
+        using C = decltype(tag);
+        using R = typename Kernels<C>::Real;
+        const auto kernel = Kernels<C>::sized(c.n, c.inverse);
+        for (R bad : {std::numeric_limits<R>::quiet_NaN(), std::numeric_limits<R>::infinity()})
+            for (int at = 0; at < c.n; ++at) {
+                auto x = randomInput<C>(c.n, 7u + at);
+                x[at] = C{bad, bad};
+                std::vector<C> y(c.n);
+                ASSERT_EQ(kernel(x.data(), y.data(), ScaleNone), StatusOk);
+                for (int k = 0; k < c.n; ++k) {
+                    const bool reached = std::isnan(bad) ? std::isnan(y[k].re) && std::isnan(y[k].im)
+                                                         : !std::isfinite(y[k].re) && !std::isfinite(y[k].im);
+                    ASSERT_TRUE(reached) << bad << " at x[" << at << "] missing from X[" << k << "]";
+                }
+            }
     });
 }
 

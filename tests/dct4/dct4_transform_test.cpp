@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <limits>
 #include <map>
 #include <mutex>
 #include <string>
@@ -89,6 +90,12 @@ void checkLength(int n) {
     src.assign(c.input);
     ASSERT_EQ(plan.run(src.data(), dst.data()), StatusOk);
     EXPECT_EQ(0, std::memcmp(dst.data(), y.data(), n * sizeof(Real))) << "misaligned differs, N=" << n;
+
+    // No cosine of the transform is zero, so one NaN input reaches every output.
+    std::vector<Real> poisoned = x;
+    poisoned[n / 3] = std::numeric_limits<Real>::quiet_NaN();
+    ASSERT_EQ(plan.run(poisoned.data(), y.data()), StatusOk);
+    for (int k = 0; k < n; ++k) ASSERT_TRUE(std::isnan(y[k])) << "NaN missing from y[" << k << "], N=" << n;
 }
 
 // Every accepted power of two up to 2^16 and odd length up to 2^10 + 1.

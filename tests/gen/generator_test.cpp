@@ -53,7 +53,8 @@ TEST(Simplifier, NeverMultipliesByOneZeroOrMinusOne) {
     EXPECT_EQ(d.node(d.scale(-1, x)).op, Op::Neg);
     EXPECT_EQ(d.node(d.scale(0, x)).op, Op::Zero);
     EXPECT_EQ(d.add(x, d.scale(0, y)), x);
-    EXPECT_EQ(d.node(d.sub(x, x)).op, Op::Zero);
+    // x - x is not folded: it is NaN, not zero, for a non-finite x.
+    EXPECT_EQ(d.node(d.sub(x, x)).op, Op::Sub);
     EXPECT_EQ(d.cmul(Complex(1, 0), x), x);
     EXPECT_EQ(d.node(d.cmul(Complex(2, 0), x)).op, Op::Scale);
     EXPECT_EQ(d.cmul(Complex(0, -1), x), d.mulI(-1, x));
@@ -121,18 +122,17 @@ TEST(RaderSpectrum, HoldsTheInverseLengthAndTheDocumentedValuesForSeven) {
     }
 }
 
-// Element 0 is -1/(p-1), and element m/2 (m = p-1) is imaginary for odd m/2 and
-// real for even m/2: exact zeros there keep those products single multiplies.
-TEST(RaderSpectrum, VanishingComponentsAreExactZeros) {
+// Element 0 is a plain sum and element (p-1)/2 is real or imaginary by
+// symmetry; exact zeros there turn two complex products into scalings.
+TEST(RaderSpectrum, SymmetricElementsAreExactlyRealOrImaginary) {
     for (int p : {7, 11, 13, 17, 19, 23, 29, 31, 37, 41, 43, 53, 61})
         for (int sign : {-1, 1}) {
             const auto b = raderSpectrum(p, primitiveRoot(p), sign);
             const int h = (p - 1) / 2;
-            EXPECT_NEAR(static_cast<double>(b[0].real()), -1.0 / (p - 1), 1e-18) << p;
             EXPECT_EQ(b[0].imag(), 0) << p;
             EXPECT_EQ(h % 2 ? b[h].real() : b[h].imag(), 0) << p;
-            for (int k = 1; k < p - 1; ++k)
-                if (k != h) EXPECT_TRUE(b[k].real() != 0 && b[k].imag() != 0) << p << " " << k;
+            EXPECT_NEAR(static_cast<double>(b[0].real()), -1.0 / (p - 1), 1e-18) << p;
+            EXPECT_GT(std::abs(h % 2 ? b[h].imag() : b[h].real()), 1e-3L) << p;
         }
 }
 

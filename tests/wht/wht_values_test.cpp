@@ -77,6 +77,20 @@ void flagsOneAndTwoAlike(const Case& c) {
 }
 TEST_P(WhtValues, FlagsOneAndTwoAreBitIdentical) { KFPG_WHT_FOR_PRECISION(GetParam(), flagsOneAndTwoAlike); }
 
+// Every output is a signed sum of all inputs: one NaN, placed at a few
+// positions across the rows and blocks, must reach every output.
+template <class T>
+void nanReachesEveryOutput(const Case& c) {
+    const long n = c.n();
+    for (long at : {0L, n - 1, (n / 2 + 1) % n, (n * 5 / 7) | 1}) {
+        auto x = narrow<T>(input(c.order));
+        x[at] = std::numeric_limits<T>::quiet_NaN();
+        const auto y = transform<T>(c.order, x, ScaleNone);
+        for (long k = 0; k < n; ++k) ASSERT_TRUE(std::isnan(y[k])) << "NaN at " << at << " missing from " << k;
+    }
+}
+TEST_P(WhtValues, NanReachesEveryOutput) { KFPG_WHT_FOR_PRECISION(GetParam(), nanReachesEveryOutput); }
+
 INSTANTIATE_TEST_SUITE_P(AllOrders, WhtValues, ::testing::ValuesIn(allCases()), caseName);
 
 TEST(WhtValues, SqrtFactorsRoundedToTheElementType) {
