@@ -33,7 +33,8 @@ public:
         std::vector<char> visited(dag_.nodes().size(), 0);
         std::vector<NodeId> order;
         for (const Output& out : dag_.outputs()) visit(out.value, visited, order);
-        if (o_.schedule == Schedule::Creation) std::sort(order.begin(), order.end());
+        if (o_.schedule != Schedule::DepthFirst) std::sort(order.begin(), order.end());
+        if (o_.schedule == Schedule::Latency) order = latencyOrder(order);
         markUsedLanes(order);
 
         std::map<NodeId, std::vector<int>> outputsOf;
@@ -67,6 +68,63 @@ private:
     std::string vtype() const { return f64() ? "__m128d" : "__m128"; }
     std::string sfx() const { return f64() ? "pd" : "ps"; }
     int width() const { return f64() ? 2 : 4; }
+
+    // Cycles until a node's value is ready and the unit it occupies.
+    enum class Unit { None, Add, Mul };
+    struct Timing {
+        int latency;
+        Unit unit;
+    };
+    Timing timing(const Node& n) const {
+        switch (n.op) {
+            case Op::Input: return {5, Unit::None};
+            case Op::Add:
+            case Op::Sub: return {3, Unit::Add};
+            case Op::Scale: return {3, Unit::Mul};
+            case Op::CMul: return {isImaginary(dag_.constant(n.arg)) ? 4 : 7, Unit::Mul};
+            case Op::MulI: return {2, Unit::None};
+            default: return {1, Unit::None};
+        }
+    }
+
+    // List scheduling over the creation order (see Schedule::Latency).
+    std::vector<NodeId> latencyOrder(const std::vector<NodeId>& order) const {
+        const std::size_t count = dag_.nodes().size();
+        std::vector<int> readyAt(count, 0), uses(count, 0);
+        std::vector<char> done(count, 1), early(count, 0);
+        for (NodeId id : order) {
+            done[id] = 0;
+            const Node& n = dag_.node(id);
+            if (n.a >= 0) ++uses[n.a];
+            if (n.b >= 0 && n.b != n.a) ++uses[n.b];
+        }
+        std::vector<NodeId> pending = order, out;
+        int cycle = 0, earlyLive = 0;  // values taken ahead of the creation order and still needed
+        while (!pending.empty()) {
+            int adds = 0, muls = 0, issued = 0;
+            for (std::size_t i = 0; i < pending.size() && i < static_cast<std::size_t>(o_.lookahead) && issued < 4;) {
+                const NodeId id = pending[i];
+                const Node& n = dag_.node(id);
+                const Timing t = timing(n);
+                auto ready = [&](NodeId x) { return x < 0 || (done[x] && readyAt[x] <= cycle); };
+                const bool unitFree = t.unit == Unit::Add ? adds < 2 : t.unit == Unit::Mul ? muls < 2 : true;
+                const bool fits = i == 0 || uses[id] == 0 || earlyLive < o_.aheadLive;
+                if (!ready(n.a) || !ready(n.b) || !unitFree || !fits) {
+                    ++i;
+                    continue;
+                }
+                adds += t.unit == Unit::Add, muls += t.unit == Unit::Mul, ++issued;
+                done[id] = 1, readyAt[id] = cycle + t.latency;
+                if (i > 0 && uses[id] > 0) early[id] = 1, ++earlyLive;
+                for (NodeId x : {n.a, n.b == n.a ? -1 : n.b})
+                    if (x >= 0 && --uses[x] == 0 && early[x]) --earlyLive;
+                out.push_back(id);
+                pending.erase(pending.begin() + static_cast<long>(i));
+            }
+            ++cycle;
+        }
+        return out;
+    }
 
     // Which lanes of each value some output needs (bit l = lane l).
     void markUsedLanes(const std::vector<NodeId>& order) {

@@ -21,6 +21,12 @@ enum class Precision { F32, F64 };
 enum class Schedule {
     Creation,    // the order the builders created the nodes: stage by stage, block by block
     DepthFirst,  // depth-first from each output in turn
+    // Creation order as the priority of a list scheduler that models operation
+    // latencies, two adders and two multipliers: cycle by cycle it takes, among
+    // the next `lookahead` nodes, the first ones whose operands are ready;
+    // at most `aheadLive` values taken ahead of the creation order may be
+    // live at once (more of them spill).
+    Latency,
 };
 
 struct EmitOptions {
@@ -38,6 +44,8 @@ struct EmitOptions {
     // Vertical mode (and real Scalar mode): pointer expression of element i.
     std::function<std::string(int)> load, store;
     Schedule schedule = Schedule::Creation;
+    int lookahead = 16;  // Schedule::Latency only
+    int aheadLive = 8;   // Schedule::Latency only
     // Variable multiplied into every output as the last step; empty: none.
     std::string scaleVar;
 };

@@ -150,17 +150,17 @@ private:
         std::vector<NodeId> out(p);
         out[0] = balancedSum(sumTerms);
         if (!wide && h >= kBlockedDirectFrom) {
-            // rows 2(k-1) and 2k-1: t_k and u_k
-            auto w = [&](int row, int m) { return unitRoot(static_cast<long>(row / 2 + 1) * m, p, 1); };
-            const std::vector<NodeId> sums = blockedRowSums(2 * h, h, [&](int row) { return row % 2 ? -1 : x[0]; },
-                                                            [&](int row, int m) {
-                                                                return row % 2 ? dag_.scale(w(row, m).imag(), b[m])
-                                                                               : dag_.scale(w(row, m).real(), a[m]);
-                                                            });
+            // Row r is t_{r+1} or u_{r+1}. The t and u rows form separate blocks,
+            // so that each term step of a block needs only a_m or only b_m.
+            auto w = [&](int row, int m) { return unitRoot(static_cast<long>(row + 1) * m, p, 1); };
+            const std::vector<NodeId> t = blockedRowSums(h, h, [&](int) { return x[0]; },
+                                                         [&](int row, int m) { return dag_.scale(w(row, m).real(), a[m]); });
+            const std::vector<NodeId> u = blockedRowSums(h, h, [](int) { return -1; },
+                                                         [&](int row, int m) { return dag_.scale(w(row, m).imag(), b[m]); });
             for (int k = 1; k <= h; ++k) {
-                const NodeId r = dag_.mulI(sign, sums[2 * k - 1]);
-                out[k] = dag_.add(sums[2 * k - 2], r);
-                out[p - k] = dag_.sub(sums[2 * k - 2], r);
+                const NodeId r = dag_.mulI(sign, u[k - 1]);
+                out[k] = dag_.add(t[k - 1], r);
+                out[p - k] = dag_.sub(t[k - 1], r);
             }
             return out;
         }
@@ -240,7 +240,9 @@ private:
     // n = n1 n2: n2 transforms of size n1 over the columns, twiddles (Cooley-
     // Tukey) or none (prime-factor, with index maps), n1 transforms of size n2.
     Signal twoStage(const DftRow& row, bool twiddled, const Signal& x, int sign, int group) {
-        const int n = row.n, n1 = row.n1, n2 = row.n2;
+        const int n = row.n;
+        const std::pair<int, int> factors = dftFactors(row, dag_.lanes());
+        const int n1 = factors.first, n2 = factors.second;
         auto inIndex = [&](int j1, int j2) { return twiddled ? j1 * n2 + j2 : (j1 * n2 + j2 * n1) % n; };
         const long e1 = twiddled ? 0 : inverseMod(n2 % n1, n1), e2 = twiddled ? 0 : inverseMod(n1 % n2, n2);
         auto outIndex = [&](int k1, int k2) {

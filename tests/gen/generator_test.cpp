@@ -3,6 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <random>
+#include <regex>
+#include <set>
+#include <sstream>
 #include <string>
 
 #include "builders/complex_dft.h"
@@ -147,7 +150,11 @@ TEST(DftTable, AlgorithmsByLengthAreTheDocumentedOnes) {
     for (int n = 2; n <= 64; ++n) {
         const DftRow& r = dftRow(n);
         EXPECT_EQ(r.n, n);
-        if (r.n1) EXPECT_EQ(r.n1 * r.n2, n) << n;
+        if (!r.n1) continue;
+        EXPECT_EQ(r.n1 * r.n2, n) << n;
+        EXPECT_EQ(n % r.n1OneLane, 0) << n;
+        EXPECT_NE(r.n1OneLane, 1) << n;
+        EXPECT_NE(r.n1OneLane, n) << n;
     }
     EXPECT_EQ(dftRow(7).asBlock, DftAlgorithm::Direct);
     EXPECT_EQ(dftRow(11).asBlock, DftAlgorithm::Direct);
@@ -201,7 +208,7 @@ TEST_P(BuilderByLength, LaneParallelDftKeepsLanesIndependent) {
 TEST_P(BuilderByLength, EmittedCodeLoadsEverythingBeforeItsFirstStore) {
     const int n = GetParam();
     for (int lanes : {1, 2})
-        for (Schedule schedule : {Schedule::Creation, Schedule::DepthFirst}) {
+        for (Schedule schedule : {Schedule::Creation, Schedule::DepthFirst, Schedule::Latency}) {
             Dag d(ValueKind::Complex, lanes);
             buildComplexDft(d, n, ComplexDftOptions{-1, false});
             EmitOptions o;
@@ -213,6 +220,31 @@ TEST_P(BuilderByLength, EmittedCodeLoadsEverythingBeforeItsFirstStore) {
             ASSERT_NE(firstStore, std::string::npos);
             EXPECT_LT(lastLoad, firstStore) << "lanes " << lanes;
         }
+}
+
+// Every schedule is a topological order: each value is defined before a
+// statement reads it, and every node is emitted once.
+TEST_P(BuilderByLength, EveryScheduleDefinesValuesBeforeTheirUse) {
+    const int n = GetParam();
+    const std::regex name("\\bv[0-9]+\\b");
+    for (Schedule schedule : {Schedule::Creation, Schedule::DepthFirst, Schedule::Latency}) {
+        Dag d(ValueKind::Complex, 1);
+        buildComplexDft(d, n, ComplexDftOptions{1, false});
+        EmitOptions o;
+        o.schedule = schedule;
+        o.lookahead = 32;
+        std::istringstream lines(emitBody(d, o).body);
+        std::set<std::string> defined;
+        for (std::string line; std::getline(lines, line);) {
+            const auto eq = line.find(" = ");
+            std::string target;
+            if (line.rfind("    const __m128d v", 0) == 0) target = line.substr(18, eq - 18);
+            const std::string rhs = eq == std::string::npos ? line : line.substr(eq);
+            for (std::sregex_iterator it(rhs.begin(), rhs.end(), name), end; it != end; ++it)
+                EXPECT_TRUE(defined.count(it->str())) << n << ": " << it->str() << " read before it is defined";
+            if (!target.empty()) EXPECT_TRUE(defined.insert(target).second) << n << ": " << target << " defined twice";
+        }
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(AllLengths, BuilderByLength, ::testing::Range(2, 65));
