@@ -19,35 +19,6 @@ inline void transpose(__m128d& a, __m128d& b) {
     a = lo;
 }
 
-// (re + i im) e^{-i theta} with c = cos theta and s = sin theta read from cs
-// and cs + lanes: re' = re c + im s, im' = im c - re s.
-inline void rotate(__m128& re, __m128& im, const float* cs) {
-    const __m128 c = _mm_load_ps(cs), s = _mm_load_ps(cs + 4);
-    const __m128 r = _mm_add_ps(_mm_mul_ps(re, c), _mm_mul_ps(im, s));
-    im = _mm_sub_ps(_mm_mul_ps(im, c), _mm_mul_ps(re, s));
-    re = r;
-}
-inline void rotate(__m128d& re, __m128d& im, const double* cs) {
-    const __m128d c = _mm_load_pd(cs), s = _mm_load_pd(cs + 2);
-    const __m128d r = _mm_add_pd(_mm_mul_pd(re, c), _mm_mul_pd(im, s));
-    im = _mm_sub_pd(_mm_mul_pd(im, c), _mm_mul_pd(re, s));
-    re = r;
-}
-
-// The same rotation with the imaginary result negated: im' = re s - im c.
-inline void rotateNegated(__m128& re, __m128& im, const float* cs) {
-    const __m128 c = _mm_load_ps(cs), s = _mm_load_ps(cs + 4);
-    const __m128 r = _mm_add_ps(_mm_mul_ps(re, c), _mm_mul_ps(im, s));
-    im = _mm_sub_ps(_mm_mul_ps(re, s), _mm_mul_ps(im, c));
-    re = r;
-}
-inline void rotateNegated(__m128d& re, __m128d& im, const double* cs) {
-    const __m128d c = _mm_load_pd(cs), s = _mm_load_pd(cs + 2);
-    const __m128d r = _mm_add_pd(_mm_mul_pd(re, c), _mm_mul_pd(im, s));
-    im = _mm_sub_pd(_mm_mul_pd(re, s), _mm_mul_pd(im, c));
-    re = r;
-}
-
 inline __m128 load(const float* p) { return _mm_load_ps(p); }
 inline __m128d load(const double* p) { return _mm_load_pd(p); }
 inline void storeu(float* p, __m128 v) { _mm_storeu_ps(p, v); }
@@ -58,6 +29,27 @@ inline __m128 sub(__m128 a, __m128 b) { return _mm_sub_ps(a, b); }
 inline __m128d sub(__m128d a, __m128d b) { return _mm_sub_pd(a, b); }
 inline __m128 negated(__m128 v) { return _mm_xor_ps(v, _mm_set1_ps(-0.0f)); }
 inline __m128d negated(__m128d v) { return _mm_xor_pd(v, _mm_set1_pd(-0.0)); }
+inline __m128 mul(__m128 a, __m128 b) { return _mm_mul_ps(a, b); }
+inline __m128d mul(__m128d a, __m128d b) { return _mm_mul_pd(a, b); }
+
+// (re + i im) e^{-i theta} with c = cos theta and s = sin theta read from cs
+// and cs + lanes: re' = re c + im s, im' = im c - re s.
+template <class V, class T>
+inline void rotate(V& re, V& im, const T* cs) {
+    const V c = load(cs), s = load(cs + 16 / sizeof(T));
+    const V r = add(mul(re, c), mul(im, s));
+    im = sub(mul(im, c), mul(re, s));
+    re = r;
+}
+
+// The same rotation with the imaginary result negated: im' = re s - im c.
+template <class V, class T>
+inline void rotateNegated(V& re, V& im, const T* cs) {
+    const V c = load(cs), s = load(cs + 16 / sizeof(T));
+    const V r = add(mul(re, c), mul(im, s));
+    im = sub(mul(re, s), mul(im, c));
+    re = r;
+}
 
 // Root output side, from A = DCT-II(a) and D = DCT-II(b'), d vectors each
 // for every one of `groups` consecutive vector groups q: lo + p loStride + q
