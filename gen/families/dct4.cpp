@@ -69,6 +69,21 @@ void expectClose(const std::vector<Real>& got, const std::vector<Real>& want, co
     if (!(std::sqrt(err / norm) < 1e-15L)) throw std::runtime_error(what + " disagrees with the naive transform");
 }
 
+Dag checkedCosineDag(int n, const std::function<std::vector<NodeId>(Dag&, const std::vector<NodeId>&)>& build,
+                     const std::function<long(long i, long k)>& angle, long den, const std::string& what) {
+    Dag dag(ValueKind::Real, 1);
+    std::vector<NodeId> x(n);
+    for (int i = 0; i < n; ++i) x[i] = dag.input(i);
+    const std::vector<NodeId> y = build(dag, x);
+    for (int k = 0; k < n; ++k) dag.output(k, y[k]);
+    const std::vector<Real> in = randomReals(n, 7u + n);
+    std::vector<Real> want(n);
+    for (int k = 0; k < n; ++k)
+        for (int i = 0; i < n; ++i) want[k] += in[i] * cosPiRatio(angle(i, k), den);
+    expectClose(run(dag, in, n), want, what + " " + std::to_string(n));
+    return dag;
+}
+
 EmitOptions vertical(const Target& t, std::function<std::string(int)> load, std::function<std::string(int)> store) {
     EmitOptions o;
     o.mode = EmitMode::Vertical;
@@ -440,17 +455,7 @@ std::string splitKernel(const Target& t, int d, OpCounts& counts) {
 
 // ---- Direct DCT-IV of length N, scalar.
 Dag directDag(int n) {
-    Dag dag(ValueKind::Real, 1);
-    Values x(n);
-    for (int i = 0; i < n; ++i) x[i] = dag.input(i);
-    const Values y = buildDct4(dag, x);
-    for (int k = 0; k < n; ++k) dag.output(k, y[k]);
-    const std::vector<Real> in = randomReals(n, 7u + n);
-    std::vector<Real> want(n);
-    for (int k = 0; k < n; ++k)
-        for (int i = 0; i < n; ++i) want[k] += in[i] * cosPiRatio(static_cast<long>(2 * i + 1) * (2 * k + 1), 4 * n);
-    expectClose(run(dag, in, n), want, "DCT-IV " + std::to_string(n));
-    return dag;
+    return checkedCosineDag(n, buildDct4, [](long i, long k) { return (2 * i + 1) * (2 * k + 1); }, 4L * n, "DCT-IV");
 }
 
 namespace {

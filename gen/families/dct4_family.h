@@ -46,6 +46,10 @@ std::vector<Real> randomReals(int count, unsigned seed);
 std::vector<Real> run(const Dag& dag, const std::vector<Real>& x, int outputs);
 // Throws unless got agrees with want to long-double accuracy.
 void expectClose(const std::vector<Real>& got, const std::vector<Real>& want, const std::string& what);
+// The scalar DAG that `build` makes of n inputs, refused unless its outputs
+// are y[k] = sum_i x[i] cos(pi angle(i, k) / den).
+Dag checkedCosineDag(int n, const std::function<std::vector<NodeId>(Dag&, const std::vector<NodeId>&)>& build,
+                     const std::function<long(long i, long k)>& angle, long den, const std::string& what);
 // Vertical emission, element addresses from load and store.
 EmitOptions vertical(const Target& t, std::function<std::string(int)> load, std::function<std::string(int)> store);
 

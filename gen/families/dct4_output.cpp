@@ -18,17 +18,7 @@ namespace {
 
 // Unnormalised DCT-II of size n on inputs 0..n-1.
 Dag dct2Dag(int n) {
-    Dag dag(ValueKind::Real, 1);
-    Values a(n);
-    for (int r = 0; r < n; ++r) a[r] = dag.input(r);
-    const Values out = buildDct2(dag, a);
-    for (int p = 0; p < n; ++p) dag.output(p, out[p]);
-    const std::vector<Real> x = randomReals(n, 5u + n);
-    std::vector<Real> want(n);
-    for (int p = 0; p < n; ++p)
-        for (int r = 0; r < n; ++r) want[p] += x[r] * cosPiRatio(static_cast<long>(2 * r + 1) * p, 2 * n);
-    expectClose(run(dag, x, n), want, "DCT-II " + std::to_string(n));
-    return dag;
+    return checkedCosineDag(n, buildDct2, [](long r, long p) { return (2 * r + 1) * p; }, 2L * n, "DCT-II");
 }
 
 const char* kOutput = R"(void owngDCT4_output_$N_$P(const $T* w, $T* y, int n, const $T* table) {
