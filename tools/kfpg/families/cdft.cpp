@@ -1,6 +1,7 @@
 // Complex DFT: self-check of all 252 kernels and the generic entries, and
 // ns per call of every length next to FFTW's patient plan (new-array execute).
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -128,6 +129,7 @@ struct Fftw<kfp32fc> {
         fftwf_execute_dft(p, reinterpret_cast<fftwf_complex*>(in), reinterpret_cast<fftwf_complex*>(out));
     }
     static void destroy(Plan p) { fftwf_destroy_plan(p); }
+    static char* text(Plan p) { return fftwf_sprint_plan(p); }
 };
 template <>
 struct Fftw<kfp64fc> {
@@ -142,7 +144,20 @@ struct Fftw<kfp64fc> {
         fftw_execute_dft(p, reinterpret_cast<fftw_complex*>(in), reinterpret_cast<fftw_complex*>(out));
     }
     static void destroy(Plan p) { fftw_destroy_plan(p); }
+    static char* text(Plan p) { return fftw_sprint_plan(p); }
 };
+
+// The widest vector code in a plan, from its codelet names ("n2fv_8_avx",
+// "n1fv_7_sse2", ...): the speed targets differ where FFTW runs 256-bit code.
+template <class C>
+std::string vectorCode(typename Fftw<C>::Plan plan) {
+    char* text = Fftw<C>::text(plan);
+    const std::string plain(text ? text : "");
+    std::free(text);
+    for (const char* isa : {"avx512", "avx2", "avx", "sse2"})
+        if (plain.find(std::string("_") + isa + "\"") != std::string::npos) return isa;
+    return "scalar";
+}
 #endif
 
 template <class C>
@@ -193,6 +208,7 @@ std::vector<BenchRow> bench(bool inverse) {
         row.oursNs = ns[0];
 #ifdef KFPG_HAVE_FFTW
         row.peerNs = ns[1];
+        row.note = "FFTW " + vectorCode<C>(plan);
         F::destroy(plan);
         for (C* p : {in, out, peerIn, peerOut}) F::release(p);
 #endif
