@@ -148,7 +148,8 @@ struct Fftw<kfp64fc> {
 };
 
 // The widest vector code in a plan, from its codelet names ("n2fv_8_avx",
-// "n1fv_7_sse2", ...): the speed targets differ where FFTW runs 256-bit code.
+// "n1fv_7_sse2", ...): 256-bit codelets hold twice the values per vector
+// that our 128-bit kernels do, which the ratio column should be read with.
 template <class C>
 std::string vectorCode(typename Fftw<C>::Plan plan) {
     char* text = Fftw<C>::text(plan);
