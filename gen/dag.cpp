@@ -6,10 +6,16 @@
 
 namespace kfpg::gen {
 
-Dag::Dag(ValueKind kind, int lanes) : kind_(kind), lanes_(lanes) {}
+Dag::Dag(ValueKind kind, int lanes, Signs signs) : kind_(kind), lanes_(lanes), signs_(signs) {}
+
+NodeId Dag::existing(Op op, NodeId a, NodeId b) const {
+    auto it = index_.find(Key{op, a, b, 0, wide_});
+    return it == index_.end() ? -1 : it->second;
+}
 
 NodeId Dag::make(Op op, NodeId a, NodeId b, int arg) {
-    const bool wide = wide_ && op != Op::Input && op != Op::Zero && op != Op::Narrow;
+    // A negation is exact: it keeps its operand's precision.
+    const bool wide = op == Op::Neg ? nodes_[a].wide : wide_ && op != Op::Input && op != Op::Zero && op != Op::Narrow;
     const Key key{op, a, b, arg, wide};
     auto it = index_.find(key);
     if (it != index_.end()) return it->second;
@@ -64,6 +70,7 @@ NodeId Dag::add(NodeId a, NodeId b) {
     const Node& nb = nodes_[b];
     if (na.op == Op::Zero) return b;
     if (nb.op == Op::Zero) return a;
+    if (separate() && na.op == Op::Neg && nb.op == Op::Neg) return neg(add(na.a, nb.a));
     if (nb.op == Op::Neg) return sub(a, nb.a);
     if (na.op == Op::Neg) return sub(b, na.a);
     if (isNegativeScale(b)) return sub(a, neg(b));
@@ -77,6 +84,12 @@ NodeId Dag::sub(NodeId a, NodeId b) {
     if (nb.op == Op::Zero) return a;
     if (na.op == Op::Zero) return neg(b);
     if (nb.op == Op::Neg) return add(a, nb.a);
+    if (separate()) {
+        if (na.op == Op::Neg) return neg(add(na.a, b));
+        // b - a already computed: a - b is its negation.
+        const NodeId opposite = existing(Op::Sub, b, a);
+        if (opposite >= 0 && existing(Op::Sub, a, b) < 0) return neg(opposite);
+    }
     if (isNegativeScale(b)) return add(a, neg(b));
     return make(Op::Sub, a, b);
 }
@@ -84,6 +97,11 @@ NodeId Dag::sub(NodeId a, NodeId b) {
 NodeId Dag::neg(NodeId a) {
     const Node n = nodes_[a];
     const bool sameMode = n.wide == wide_;
+    if (separate()) {
+        if (n.op == Op::Zero) return a;
+        if (n.op == Op::Neg) return n.a;
+        return make(Op::Neg, a);
+    }
     switch (n.op) {
         case Op::Zero: return a;
         case Op::Neg: return n.a;
@@ -112,6 +130,16 @@ NodeId Dag::scaleLanes(const std::vector<Real>& c, NodeId a) {
     const Node n = nodes_[a];
     if (n.op == Op::Zero) return a;
     std::vector<Complex> k(c.begin(), c.end());
+    if (separate()) {
+        if (n.op == Op::Neg) return neg(scaleLanes(c, n.a));
+        bool allNegative = true;
+        for (Real v : c) allNegative &= v < 0;
+        if (allNegative) {
+            std::vector<Real> positive(c);
+            for (Real& v : positive) v = -v;
+            return neg(scaleLanes(positive, a));
+        }
+    }
     if (n.op == Op::Neg) {
         for (Complex& v : k) v = -v;
         return make(Op::Scale, n.a, -1, intern(k));
@@ -198,6 +226,7 @@ NodeId Dag::shuffleHalves(NodeId a, NodeId b, const std::vector<int>& from) {
 }
 
 NodeId Dag::narrow(NodeId a) {
+    if (separate() && nodes_[a].op == Op::Neg) return neg(narrow(nodes_[a].a));
     if (!nodes_[a].wide) return a;
     return make(Op::Narrow, a);
 }

@@ -18,6 +18,13 @@ using NodeId = int;
 
 enum class ValueKind { Real, Complex };
 
+// Where a DAG keeps its signs. `InConstants`: a negation folds into a
+// constant (c·(-x) is (-c)·x) and -(x - y) becomes y - x. `Separate`:
+// constants stay positive, a negation stays a node of its own, and add and
+// sub absorb it, so a value and its negative share one computation; the
+// negations that reach an output are left for the final scaling to absorb.
+enum class Signs { InConstants, Separate };
+
 enum class Op : std::uint8_t {
     Input,    // arg: input slot (element index per lane, -1 = zero lane)
     Zero,     // all lanes 0
@@ -46,9 +53,10 @@ struct Output {
 
 class Dag {
 public:
-    Dag(ValueKind kind, int lanes);
+    Dag(ValueKind kind, int lanes, Signs signs = Signs::InConstants);
 
     ValueKind kind() const { return kind_; }
+    Signs signs() const { return signs_; }
     int lanes() const { return lanes_; }
     const std::vector<Node>& nodes() const { return nodes_; }
     const Node& node(NodeId id) const { return nodes_[id]; }
@@ -117,8 +125,12 @@ private:
     int intern(const std::vector<Complex>& values);
     bool isNegativeScale(NodeId id) const;
 
+    bool separate() const { return signs_ == Signs::Separate; }
+    NodeId existing(Op op, NodeId a, NodeId b) const;
+
     ValueKind kind_;
     int lanes_;
+    Signs signs_;
     bool wide_ = false;
     std::vector<Node> nodes_;
     std::unordered_map<Key, NodeId, KeyHash> index_;

@@ -42,10 +42,12 @@ std::set<std::string> exportedSymbols() {
 // Which family a public name belongs to; generic entries go with their kernels.
 std::string familyOf(const std::string& name) {
     static const std::regex cdft("kfpgDFT(Fwd|Inv)_CToC_.*");
-    static const std::regex rdft("kfpgDFT(Fwd_RTo|Inv_(Perm|Pack|CCS)ToR).*");
+    static const std::regex rdftFwd("kfpgDFTFwd_RTo.*");
+    static const std::regex rdftInv("kfpgDFTInv_(Perm|Pack|CCS)ToR.*");
     if (name == "kfpgenGetLibVersion") return "frame";
     if (std::regex_match(name, cdft)) return "cdft";
-    if (std::regex_match(name, rdft)) return "rdft";
+    if (std::regex_match(name, rdftFwd)) return "rdft-fwd";
+    if (std::regex_match(name, rdftInv)) return "rdft-inv";
     if (name.rfind("kfpgHartley", 0) == 0) return "dht";
     if (name.rfind("kfpgWHT", 0) == 0) return "wht";
     if (name.rfind("kfpgDCT4", 0) == 0) return "dct4";

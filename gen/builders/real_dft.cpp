@@ -1,0 +1,235 @@
+#include "real_dft.h"
+
+#include <memory>
+#include <stdexcept>
+
+#include "builders/real_dft_table.h"
+#include "evaluate.h"
+
+namespace kfpg::gen {
+
+namespace {
+
+// A complex value as two real nodes; a real value has the zero node as its
+// imaginary part.
+struct Pair {
+    NodeId re, im;
+};
+
+using Spectrum = std::vector<Pair>;
+
+long inverseMod(long a, long mod) {
+    for (long x = 1; x < mod; ++x)
+        if (a * x % mod == 1) return x;
+    throw std::logic_error("no inverse");
+}
+
+class Builder {
+public:
+    Builder(Dag& dag, const RealDftOptions& options) : dag_(dag), options_(options) {}
+
+    // Whole spectrum X[0..n-1] of n real values; X[n-k] is conj(X[k]), free.
+    Spectrum real(const std::vector<NodeId>& x) {
+        const RealRow& row = realRow(static_cast<int>(x.size()));
+        switch (row.method) {
+            case RealMethod::Butterfly: return realButterfly(x);
+            case RealMethod::Direct: return realDirect(x);
+            case RealMethod::CooleyTukey:
+            case RealMethod::PrimeFactor: break;
+        }
+        std::vector<Pair> values;
+        for (NodeId v : x) values.push_back({v, zero()});
+        return twoStage(row, values);
+    }
+
+    // Spectrum of n complex values (a real sequence goes to real()).
+    Spectrum complex(const std::vector<Pair>& x) {
+        bool realValued = true;
+        for (const Pair& p : x) realValued &= p.im == zero();
+        if (realValued) {
+            std::vector<NodeId> re;
+            for (const Pair& p : x) re.push_back(p.re);
+            return real(re);
+        }
+        const RealRow& row = realRow(static_cast<int>(x.size()));
+        switch (row.method) {
+            case RealMethod::Butterfly: return complexButterfly(x);
+            case RealMethod::Direct: return complexDirect(x);
+            case RealMethod::CooleyTukey:
+            case RealMethod::PrimeFactor: break;
+        }
+        return twoStage(row, x);
+    }
+
+private:
+    NodeId zero() { return dag_.zero(); }
+
+    // c * x with a trigonometric constant; in double and rounded once for
+    // single-precision kernels.
+    NodeId mul(Real c, NodeId x) {
+        if (c == 0) return zero();
+        if (c == 1) return x;
+        if (c == -1) return dag_.neg(x);
+        if (!options_.wideProducts) return dag_.scale(c, x);
+        NodeId product;
+        {
+            Dag::WideScope wide(dag_);
+            product = dag_.scale(c, x);
+        }
+        return dag_.narrow(product);
+    }
+
+    Pair add(Pair a, Pair b) { return {dag_.add(a.re, b.re), dag_.add(a.im, b.im)}; }
+    Pair sub(Pair a, Pair b) { return {dag_.sub(a.re, b.re), dag_.sub(a.im, b.im)}; }
+    Pair conj(Pair a) { return {a.re, dag_.neg(a.im)}; }
+    // -i a
+    Pair mulMinusI(Pair a) { return {a.im, dag_.neg(a.re)}; }
+
+    // w x for a complex constant w: a real or imaginary x, or a w on an axis
+    // or a diagonal, takes fewer multiplications.
+    Pair twiddle(Complex w, Pair x) {
+        const Real wr = w.real(), wi = w.imag();
+        if (wi == 0) return {mul(wr, x.re), mul(wr, x.im)};
+        if (wr == 0) return {mul(-wi, x.im), mul(wi, x.re)};
+        if (x.im == zero()) return {mul(wr, x.re), mul(wi, x.re)};
+        if (x.re == zero()) return {mul(-wi, x.im), mul(wr, x.im)};
+        if (std::abs(wr) == std::abs(wi)) {
+            // w = |wr| (sr + i si): re = |wr| (sr a - si b), im = |wr| (sr b + si a)
+            const Real h = std::abs(wr);
+            const bool same = (wr > 0) == (wi > 0);
+            const NodeId re = same ? dag_.sub(x.re, x.im) : dag_.add(x.re, x.im);
+            const NodeId im = same ? dag_.add(x.im, x.re) : dag_.sub(x.im, x.re);
+            return {mul(wr > 0 ? h : -h, re), mul(wr > 0 ? h : -h, im)};
+        }
+        return {dag_.sub(mul(wr, x.re), mul(wi, x.im)), dag_.add(mul(wr, x.im), mul(wi, x.re))};
+    }
+
+    // Sum from left to right.
+    NodeId chain(const std::vector<NodeId>& terms) {
+        NodeId s = terms[0];
+        for (std::size_t i = 1; i < terms.size(); ++i) s = dag_.add(s, terms[i]);
+        return s;
+    }
+
+    Spectrum realButterfly(const std::vector<NodeId>& x) {
+        if (x.size() == 2) return {{dag_.add(x[0], x[1]), zero()}, {dag_.sub(x[0], x[1]), zero()}};
+        const NodeId a = dag_.add(x[0], x[2]), b = dag_.add(x[1], x[3]);
+        const Pair x1{dag_.sub(x[0], x[2]), dag_.neg(dag_.sub(x[1], x[3]))};
+        return {{dag_.add(a, b), zero()}, x1, {dag_.sub(a, b), zero()}, conj(x1)};
+    }
+
+    // Symmetric pairs s_j = x_j + x_{n-j}, d_j = x_j - x_{n-j}:
+    // R_k = x0 + sum cos(2 pi jk/n) s_j, I_k = -sum sin(2 pi jk/n) d_j.
+    Spectrum realDirect(const std::vector<NodeId>& x) {
+        const int n = static_cast<int>(x.size()), m = (n - 1) / 2;
+        std::vector<NodeId> s(m + 1), d(m + 1);
+        std::vector<NodeId> total{x[0]};
+        for (int j = 1; j <= m; ++j) {
+            s[j] = dag_.add(x[j], x[n - j]);
+            d[j] = dag_.sub(x[j], x[n - j]);
+            total.push_back(s[j]);
+        }
+        Spectrum out(n);
+        out[0] = {chain(total), zero()};
+        for (int k = 1; k <= m; ++k) {
+            std::vector<NodeId> re{x[0]}, im;
+            for (int j = 1; j <= m; ++j) {
+                const Complex w = unitRoot(static_cast<long>(j) * k, n, 1);
+                re.push_back(mul(w.real(), s[j]));
+                im.push_back(mul(w.imag(), d[j]));
+            }
+            out[k] = {chain(re), dag_.neg(chain(im))};
+            out[n - k] = conj(out[k]);
+        }
+        return out;
+    }
+
+    Spectrum complexButterfly(const std::vector<Pair>& x) {
+        if (x.size() == 2) return {add(x[0], x[1]), sub(x[0], x[1])};
+        const Pair a0 = add(x[0], x[2]), d0 = sub(x[0], x[2]);
+        const Pair a1 = add(x[1], x[3]), r = mulMinusI(sub(x[1], x[3]));
+        return {add(a0, a1), add(d0, r), sub(a0, a1), sub(d0, r)};
+    }
+
+    // X[k] = t_k - i u_k, X[n-k] = t_k + i u_k with t_k = x0 + sum cos a_m,
+    // u_k = sum sin b_m over the pairs a_m = x_m + x_{n-m}, b_m = x_m - x_{n-m}.
+    Spectrum complexDirect(const std::vector<Pair>& x) {
+        const int n = static_cast<int>(x.size()), m = (n - 1) / 2;
+        std::vector<Pair> a(m + 1), b(m + 1);
+        std::vector<NodeId> totalRe{x[0].re}, totalIm{x[0].im};
+        for (int j = 1; j <= m; ++j) {
+            a[j] = add(x[j], x[n - j]);
+            b[j] = sub(x[j], x[n - j]);
+            totalRe.push_back(a[j].re);
+            totalIm.push_back(a[j].im);
+        }
+        Spectrum out(n);
+        out[0] = {chain(totalRe), chain(totalIm)};
+        for (int k = 1; k <= m; ++k) {
+            std::vector<NodeId> tRe{x[0].re}, tIm{x[0].im}, uRe, uIm;
+            for (int j = 1; j <= m; ++j) {
+                const Complex w = unitRoot(static_cast<long>(j) * k, n, 1);
+                tRe.push_back(mul(w.real(), a[j].re));
+                tIm.push_back(mul(w.real(), a[j].im));
+                uRe.push_back(mul(w.imag(), b[j].re));
+                uIm.push_back(mul(w.imag(), b[j].im));
+            }
+            const Pair t{chain(tRe), chain(tIm)}, iu = mulMinusI({chain(uRe), chain(uIm)});
+            out[k] = add(t, iu);
+            out[n - k] = sub(t, iu);
+        }
+        return out;
+    }
+
+    // n = n1 n2: transforms of size n1 over the n2 columns, twiddles
+    // (Cooley-Tukey) or index maps (prime-factor), transforms of size n2 over
+    // the rows. On a real sequence the columns are real transforms, row n1 - k1
+    // is the conjugate of row k1, and only rows 0..n1/2 are computed.
+    Spectrum twoStage(const RealRow& row, const std::vector<Pair>& x) {
+        const int n = row.n, n1 = row.n1, n2 = row.n2;
+        const bool twiddled = row.method == RealMethod::CooleyTukey;
+        bool realValued = true;
+        for (const Pair& p : x) realValued &= p.im == zero();
+        auto inIndex = [&](int j1, int j2) { return twiddled ? j1 * n2 + j2 : (j1 * n2 + j2 * n1) % n; };
+        const long e1 = twiddled ? 0 : inverseMod(n2 % n1, n1), e2 = twiddled ? 0 : inverseMod(n1 % n2, n2);
+        auto outIndex = [&](int k1, int k2) {
+            return twiddled ? k1 + n1 * k2 : static_cast<int>((k1 * n2 * e1 + k2 * n1 * e2) % n);
+        };
+        std::vector<Spectrum> columns(n2);
+        for (int j2 = 0; j2 < n2; ++j2) {
+            std::vector<Pair> in(n1);
+            for (int j1 = 0; j1 < n1; ++j1) in[j1] = x[inIndex(j1, j2)];
+            columns[j2] = complex(in);
+        }
+        Spectrum out(n, Pair{-1, -1});
+        const int rows = realValued ? n1 / 2 + 1 : n1;
+        for (int k1 = 0; k1 < rows; ++k1) {
+            std::vector<Pair> in(n2);
+            for (int j2 = 0; j2 < n2; ++j2)
+                in[j2] = twiddled ? twiddle(unitRoot(static_cast<long>(j2) * k1, n, -1), columns[j2][k1]) : columns[j2][k1];
+            const Spectrum z = complex(in);
+            for (int k2 = 0; k2 < n2; ++k2) out[outIndex(k1, k2)] = z[k2];
+        }
+        for (int k = 1; k < n; ++k)
+            if (out[k].re < 0) out[k] = conj(out[n - k]);
+        return out;
+    }
+
+    Dag& dag_;
+    RealDftOptions options_;
+};
+
+}  // namespace
+
+HalfSpectrum buildRealDft(Dag& dag, const std::vector<NodeId>& x, const RealDftOptions& options) {
+    Builder builder(dag, options);
+    const Spectrum X = builder.real(x);
+    HalfSpectrum half;
+    for (std::size_t k = 0; k <= x.size() / 2; ++k) {
+        half.re.push_back(X[k].re);
+        half.im.push_back(X[k].im);
+    }
+    return half;
+}
+
+}  // namespace kfpg::gen

@@ -1,0 +1,29 @@
+// Builder of real-data DFT DAGs: n real values in, the half spectrum out,
+// as the real-transform table (real_dft_table.h) says per length. Complex
+// intermediate values are pairs of real nodes, so a real input's zero
+// imaginary parts and its spectrum's conjugate symmetry cost nothing; the
+// DAG should use Signs::Separate, which lets a value and its negative share
+// one computation.
+#pragma once
+
+#include <vector>
+
+#include "dag.h"
+
+namespace kfpg::gen {
+
+struct RealDftOptions {
+    // Single precision: every product with a trigonometric constant is
+    // formed in double from the widened operand and rounded once.
+    bool wideProducts = false;
+};
+
+// X[k] = sum x[j] exp(-2 pi i j k / n) for k = 0..n/2: re[k] = Re X[k],
+// im[k] = Im X[k] (im[0], and im[n/2] for even n, are the zero node).
+struct HalfSpectrum {
+    std::vector<NodeId> re, im;
+};
+
+HalfSpectrum buildRealDft(Dag& dag, const std::vector<NodeId>& x, const RealDftOptions& options);
+
+}  // namespace kfpg::gen

@@ -1,0 +1,27 @@
+// The per-length algorithm table of the real-data transforms (real DFT, its
+// inverse by transposition, Hartley): which method each length uses and, for
+// the two-stage methods, its column and row sizes. The builders read nothing else.
+#pragma once
+
+namespace kfpg::gen {
+
+enum class RealMethod {
+    Butterfly,    // 2 and 4: sums and differences only
+    Direct,       // odd: symmetric pairs, every output a direct sum
+    CooleyTukey,  // n1 x n2 with twiddles between the stages
+    PrimeFactor,  // n1 x n2 coprime, index maps and no twiddles
+};
+
+struct RealRow {
+    int n;
+    RealMethod method;
+    int n1;  // two-stage methods: size of the first-stage transforms (the columns, on real data)
+    int n2;  // and of the second-stage transforms (the rows), n = n1 * n2
+};
+
+// Rows for n = 2..64.
+const RealRow& realRow(int n);
+
+const char* realMethodName(RealMethod m);
+
+}  // namespace kfpg::gen
