@@ -131,14 +131,21 @@ private:
         }
         Spectrum out(n);
         out[0] = {chain(total), zero()};
+        const bool wideSums = options_.wideProducts && options_.wideDirectSums;
         for (int k = 1; k <= m; ++k) {
-            std::vector<NodeId> re{x[0]}, im;
-            for (int j = 1; j <= m; ++j) {
-                const Complex w = unitRoot(static_cast<long>(j) * k, n, 1);
-                re.push_back(mul(w.real(), s[j]));
-                im.push_back(mul(w.imag(), d[j]));
+            NodeId re, im;
+            {
+                std::unique_ptr<Dag::WideScope> scope(wideSums ? new Dag::WideScope(dag_) : nullptr);
+                std::vector<NodeId> reTerms{x[0]}, imTerms;
+                for (int j = 1; j <= m; ++j) {
+                    const Complex w = unitRoot(static_cast<long>(j) * k, n, 1);
+                    reTerms.push_back(wideSums ? dag_.scale(w.real(), s[j]) : mul(w.real(), s[j]));
+                    imTerms.push_back(wideSums ? dag_.scale(w.imag(), d[j]) : mul(w.imag(), d[j]));
+                }
+                re = chain(reTerms);
+                im = chain(imTerms);
             }
-            out[k] = {chain(re), dag_.neg(chain(im))};
+            out[k] = {dag_.narrow(re), dag_.neg(dag_.narrow(im))};
             out[n - k] = conj(out[k]);
         }
         return out;

@@ -16,6 +16,10 @@ struct RealDftOptions {
     // Single precision: every product with a trigonometric constant is
     // formed in double from the widened operand and rounded once.
     bool wideProducts = false;
+    // With wideProducts: the direct sums of odd lengths (x0 plus its
+    // weighted pair sums, and the weighted pair differences) are formed
+    // whole in double and rounded once.
+    bool wideDirectSums = false;
 };
 
 // X[k] = sum x[j] exp(-2 pi i j k / n) for k = 0..n/2: re[k] = Re X[k],
