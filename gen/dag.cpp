@@ -14,8 +14,9 @@ NodeId Dag::existing(Op op, NodeId a, NodeId b) const {
 }
 
 NodeId Dag::make(Op op, NodeId a, NodeId b, int arg) {
-    // A negation is exact: it keeps its operand's precision.
-    const bool wide = op == Op::Neg ? nodes_[a].wide : wide_ && op != Op::Input && op != Op::Zero && op != Op::Narrow;
+    // A negation or a lane move is exact: it keeps its operand's precision.
+    const bool wide = op == Op::Neg || op == Op::Shuffle ? nodes_[a].wide
+                                                          : wide_ && op != Op::Input && op != Op::Zero && op != Op::Narrow;
     const Key key{op, a, b, arg, wide};
     auto it = index_.find(key);
     if (it != index_.end()) return it->second;

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <algorithm>
 #include <map>
+#include <set>
 #include <stdexcept>
 #include <vector>
 
@@ -334,14 +335,123 @@ private:
              (parts > 1 ? ", " + ref(id, 1, false) + " = " + expr[1] : "") + ";");
     }
 
+    // ---- RealPairs mode ----
+    bool wideNode(NodeId id) const { return f64() || dag_.node(id).wide; }
+    std::string pairType(bool wide) const { return wide ? "__m128d" : "__m128"; }
+    std::string pairCall(const std::string& f, bool wide, const std::string& a, const std::string& b = "") const {
+        return "_mm_" + f + "_" + (wide ? "pd" : "ps") + "(" + a + (b.empty() ? "" : ", " + b) + ")";
+    }
+    std::string pairConstant(Real c0, Real c1, bool wide) {
+        const Precision p = wide ? Precision::F64 : Precision::F32;
+        const std::string text = wide ? "_mm_setr_pd(" + literal(c0, p) + ", " + literal(c1, p) + ")"
+                                      : "_mm_setr_ps(" + literal(c0, p) + ", " + literal(c1, p) + ", 0.0f, 0.0f)";
+        auto it = constantNames_.find(text);
+        if (it != constantNames_.end()) return it->second;
+        const std::string name = "k" + std::to_string(constantNames_.size());
+        constants_ += "    const " + pairType(wide) + " " + name + " = " + text + ";\n";
+        constantNames_.emplace(text, name);
+        return name;
+    }
+    // Operand x as a value of the wanted width: single-precision values are
+    // widened once (cvtps2pd) and the widened copy is reused.
+    std::string pairOperand(NodeId x, bool wide) {
+        if (!wide || wideNode(x)) return var(x);
+        const std::string w = "w" + std::to_string(x);
+        if (!widened_.count(x)) {
+            widened_.insert(x);
+            ++counts_.arithmetic;
+            line("const __m128d " + w + " = _mm_cvtps_pd(" + var(x) + ");");
+        }
+        return w;
+    }
+    std::string pairLoad(const std::vector<int>& e) {
+        const int e0 = e[0], e1 = e[1];
+        auto addr = [&](int i) { return "(" + o_.load(i) + ")"; };
+        counts_.loads += (e0 >= 0) + (e1 >= 0 && e1 != e0 + 1);
+        if (f64()) {
+            if (e0 >= 0 && e1 == e0 + 1) return "_mm_loadu_pd(" + addr(e0) + ")";
+            if (e1 < 0) return "_mm_load_sd(" + addr(e0) + ")";
+            return "_mm_loadh_pd(" + std::string(e0 >= 0 ? "_mm_load_sd(" + addr(e0) + ")" : "_mm_setzero_pd()") + ", " + addr(e1) + ")";
+        }
+        if (e0 >= 0 && e1 == e0 + 1) return "_mm_castpd_ps(_mm_load_sd((const double*)" + addr(e0) + "))";
+        if (e1 < 0) return "_mm_load_ss(" + addr(e0) + ")";
+        ++counts_.shuffles;
+        return "_mm_unpacklo_ps(" + std::string(e0 >= 0 ? "_mm_load_ss(" + addr(e0) + ")" : "_mm_setzero_ps()") + ", _mm_load_ss(" + addr(e1) + "))";
+    }
+    void emitPairNode(NodeId id) {
+        const Node& n = dag_.node(id);
+        const bool wide = wideNode(id);
+        std::string expr;
+        switch (n.op) {
+            case Op::Input: expr = pairLoad(dag_.inputElements(n.arg)); break;
+            case Op::Zero: expr = pairCall("setzero", wide, ""); break;
+            case Op::Add: ++counts_.arithmetic, expr = pairCall("add", wide, pairOperand(n.a, wide), pairOperand(n.b, wide)); break;
+            case Op::Sub: ++counts_.arithmetic, expr = pairCall("sub", wide, pairOperand(n.a, wide), pairOperand(n.b, wide)); break;
+            case Op::Neg: ++counts_.arithmetic, expr = pairCall("xor", wide, var(n.a), pairConstant(-0.0L, -0.0L, wide)); break;
+            case Op::Scale: {
+                const auto& k = dag_.constant(n.arg);
+                const Real c0 = k[0].real(), c1 = k[1].real();
+                ++counts_.arithmetic;
+                if (std::fabs(c0) == 1 && std::fabs(c1) == 1)
+                    expr = pairCall("xor", wide, pairOperand(n.a, wide), pairConstant(c0 < 0 ? -0.0L : 0.0L, c1 < 0 ? -0.0L : 0.0L, wide));
+                else
+                    expr = pairCall("mul", wide, pairOperand(n.a, wide), pairConstant(c0, c1, wide));
+                break;
+            }
+            case Op::Narrow: ++counts_.arithmetic, expr = "_mm_cvtpd_ps(" + var(n.a) + ")"; break;
+            case Op::Shuffle: {
+                const int la = n.arg & 1, lb = (n.arg >> 1) & 1;
+                ++counts_.shuffles;
+                if (wide) {
+                    expr = "_mm_shuffle_pd(" + var(n.a) + ", " + var(n.b) + ", " + std::to_string(la | lb << 1) + ")";
+                } else if (n.a == n.b) {
+                    expr = "_mm_shuffle_ps(" + var(n.a) + ", " + var(n.a) + ", " + std::to_string(la | lb << 2) + ")";
+                } else if (la == 0 && lb == 0) {
+                    expr = "_mm_unpacklo_ps(" + var(n.a) + ", " + var(n.b) + ")";
+                } else {
+                    // (a[la], a[la], b[lb], b[lb]), then lanes 0 and 2 of that.
+                    ++counts_.shuffles;
+                    const int spread = la | la << 2 | lb << 4 | lb << 6;
+                    const std::string t = "_mm_shuffle_ps(" + var(n.a) + ", " + var(n.b) + ", " + std::to_string(spread) + ")";
+                    expr = "_mm_shuffle_ps(" + t + ", " + t + ", 8)";
+                }
+                break;
+            }
+            default: throw std::logic_error("RealPairs: unsupported operation");
+        }
+        line("const " + pairType(wide) + " " + var(id) + " = " + expr + ";");
+    }
+    void emitPairStore(const Output& out) {
+        std::string v = var(out.value);
+        if (!o_.scaleVar.empty()) {
+            ++counts_.arithmetic;
+            const std::string scaled = "o" + std::to_string(out.value);
+            line("const " + pairType(f64()) + " " + scaled + " = " + pairCall("mul", f64(), v, o_.scaleVar) + ";");
+            v = scaled;
+        }
+        const int e0 = out.elements[0], e1 = out.elements[1];
+        auto addr = [&](int i) { return "(" + o_.store(i) + ")"; };
+        if (f64()) {
+            if (e0 >= 0 && e1 == e0 + 1) return ++counts_.stores, line("_mm_storeu_pd(" + addr(e0) + ", " + v + ");");
+            if (e0 >= 0) ++counts_.stores, line("_mm_store_sd(" + addr(e0) + ", " + v + ");");
+            if (e1 >= 0) ++counts_.stores, line("_mm_storeh_pd(" + addr(e1) + ", " + v + ");");
+            return;
+        }
+        if (e0 >= 0 && e1 == e0 + 1) return ++counts_.stores, line("_mm_store_sd((double*)" + addr(e0) + ", _mm_castps_pd(" + v + "));");
+        if (e0 >= 0) ++counts_.stores, line("_mm_store_ss(" + addr(e0) + ", " + v + ");");
+        if (e1 >= 0) ++counts_.stores, ++counts_.shuffles, line("_mm_store_ss(" + addr(e1) + ", _mm_shuffle_ps(" + v + ", " + v + ", 1));");
+    }
+
     void emitNode(NodeId id) {
         const long before = counts_.arithmetic;
+        if (o_.mode == EmitMode::RealPairs) return emitPairNode(id);
         vector() ? emitVectorNode(id) : emitScalarNode(id);
         if (dag_.lanes() == 2 && o_.mode == EmitMode::ComplexVector && usedLanes_[id] != 3)
             counts_.oneLane += counts_.arithmetic - before;
     }
 
     void emitStore(const Output& out) {
+        if (o_.mode == EmitMode::RealPairs) return emitPairStore(out);
         if (!vector()) {
             const int e = out.elements[0];
             const std::string s = o_.scaleVar.empty() ? "" : " * " + o_.scaleVar;
@@ -389,6 +499,7 @@ private:
     std::map<std::string, std::string> constantNames_;
     OpCounts counts_;
     std::vector<int> usedLanes_;
+    std::set<NodeId> widened_;
 };
 
 }  // namespace

@@ -13,6 +13,11 @@ enum class EmitMode {
     Scalar,         // one float/double variable per real component
     ComplexVector,  // complex DAG: __m128d = one complex (64f); __m128 = `lanes` (1 or 2) complex (32f)
     Vertical,       // real DAG: __m128 / __m128d, every lane an independent transform
+    // two-lane real DAG (see pair_lanes.h), each lane one value of a single
+    // transform: __m128d, or the low half of an __m128 in single precision
+    // (wide values there are __m128d); loads and stores take any two
+    // elements of the src/dst pointers (`load`/`store` give element i's address)
+    RealPairs,
 };
 
 enum class Precision { F32, F64 };

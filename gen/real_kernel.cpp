@@ -1,17 +1,53 @@
 #include "real_kernel.h"
 
 #include <cmath>
+#include <random>
+#include <stdexcept>
+
+#include "evaluate.h"
+#include "pair_lanes.h"
 
 namespace kfpg::gen {
 
+namespace {
+
+int elementCount(const Dag& dag, bool outputs) {
+    int count = 0;
+    if (outputs)
+        for (const Output& o : dag.outputs())
+            for (int e : o.elements) count = std::max(count, e + 1);
+    else
+        for (const Node& n : dag.nodes())
+            if (n.op == Op::Input)
+                for (int e : dag.inputElements(n.arg)) count = std::max(count, e + 1);
+    return count;
+}
+
+// Refuses a paired DAG that computes anything else than the scalar one.
+void checkSameOutputs(const Dag& scalar, const Dag& paired) {
+    std::mt19937 rng(77);
+    std::uniform_real_distribution<double> u(-1, 1);
+    std::vector<Complex> x(elementCount(scalar, false));
+    for (Complex& v : x) v = u(rng);
+    const int outputs = elementCount(scalar, true);
+    const auto want = evaluate(scalar, x, outputs), got = evaluate(paired, x, outputs);
+    for (int e = 0; e < outputs; ++e)
+        if (!(std::abs(got[e] - want[e]) <= 1e-15L * (1 + std::abs(want[e])) || (std::isnan(want[e].real()) && std::isnan(got[e].real()))))
+            throw std::runtime_error("paired lanes disagree with the scalar DAG at output " + std::to_string(e));
+}
+
+}  // namespace
+
 EmitResult emitRealKernelBody(const Dag& dag, Precision precision) {
+    const Dag paired = pairLanes(dag);
+    checkSameOutputs(dag, paired);
     EmitOptions o;
-    o.mode = EmitMode::Scalar;
+    o.mode = EmitMode::RealPairs;
     o.precision = precision;
     o.load = [](int i) { return "pSrc + " + std::to_string(i); };
     o.store = [](int i) { return "pDst + " + std::to_string(i); };
-    o.scaleVar = "factor";
-    return emitBody(dag, o);
+    o.scaleVar = "sc";
+    return emitBody(paired, o);
 }
 
 std::string realKernelFunction(const RealKernelText& k) {
@@ -26,6 +62,7 @@ std::string realKernelFunction(const RealKernelText& k) {
          literal(1 / std::sqrt(n), k.precision) + ");\n";
     s += "    " + t + " factor;\n";
     s += "    if (!kfpg::scaleFactor(flag, kFactors, factor)) return StatusFlagError;\n";
+    s += std::string("    const ") + (f32 ? "__m128 sc = _mm_set1_ps" : "__m128d sc = _mm_set1_pd") + "(factor);\n";
     return s + k.body + k.after + "    return StatusOk;\n}\n";
 }
 

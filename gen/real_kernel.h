@@ -12,9 +12,10 @@
 namespace kfpg::gen {
 
 // Body of a kernel from a one-lane real DAG (Signs::Separate) whose inputs
-// are elements of pSrc and whose outputs are elements of pDst: every input
-// is loaded before the first store, and every output is multiplied by the
-// variable `factor` as it is stored.
+// are elements of pSrc and whose outputs are elements of pDst: 128-bit
+// vector code with two values of the transform per vector (pair_lanes.h),
+// every input loaded before the first store, every output multiplied by the
+// factor as it is stored. Needs <emmintrin.h>.
 EmitResult emitRealKernelBody(const Dag& dag, Precision precision);
 
 enum class RealDirection { Forward, Inverse, SelfInverse };

@@ -1,0 +1,213 @@
+#include "pair_lanes.h"
+
+#include <algorithm>
+#include <map>
+#include <memory>
+#include <stdexcept>
+
+namespace kfpg::gen {
+
+namespace {
+
+// Candidates searched for a partner, nearest in creation order first.
+constexpr int kSearchWindow = 96;
+
+class Pairer {
+public:
+    explicit Pairer(const Dag& s) : s_(s), out_(ValueKind::Real, 2, s.signs()) {
+        if (s.kind() != ValueKind::Real || s.lanes() != 1) throw std::logic_error("pairLanes needs a one-lane real DAG");
+    }
+
+    Dag run() {
+        markLive();
+        choosePartners();
+        build();
+        return std::move(out_);
+    }
+
+private:
+    const Node& node(NodeId id) const { return s_.node(id); }
+    bool isInput(NodeId id) const { return node(id).op == Op::Input; }
+    int element(NodeId id) const { return s_.inputElements(node(id).arg)[0]; }
+    bool paired(NodeId id) const { return partner_[id] >= 0; }
+
+    void markLive() {
+        const std::size_t count = s_.nodes().size();
+        live_.assign(count, 0);
+        level_.assign(count, 0);
+        partner_.assign(count, -1);
+        for (const Output& o : s_.outputs()) live_[o.value] = 1;
+        for (NodeId id = static_cast<NodeId>(count) - 1; id >= 0; --id) {
+            if (!live_[id]) continue;
+            const Node& n = node(id);
+            if (n.a >= 0) live_[n.a] = 1;
+            if (n.b >= 0) live_[n.b] = 1;
+        }
+        for (NodeId id = 0; id < static_cast<NodeId>(count); ++id) {
+            const Node& n = node(id);
+            if (n.a >= 0) level_[id] = std::max(level_[id], level_[n.a] + 1);
+            if (n.b >= 0) level_[id] = std::max(level_[id], level_[n.b] + 1);
+        }
+    }
+
+    // How well operands p (lane 0) and q (lane 1) line up: 2 when they
+    // already share a vector in these lanes or are adjacent loads, 1 for a
+    // swap or two loads, 0 when a shuffle must combine them.
+    int fit(NodeId p, NodeId q) const {
+        if (isInput(p) && isInput(q)) return element(q) == element(p) + 1 ? 2 : 1;
+        if (partner_[p] == q) return lane0_[p] ? 2 : 1;
+        return 0;
+    }
+
+    int score(NodeId u, NodeId v) const {
+        const Node &a = node(u), &b = node(v);
+        int direct = fit(a.a, b.a) + (a.b >= 0 ? fit(a.b, b.b) : 0);
+        if (a.op == Op::Add) direct = std::max(direct, fit(a.a, b.b) + fit(a.b, b.a));
+        return direct;
+    }
+
+    bool sameKind(NodeId u, NodeId v) const {
+        const Node &a = node(u), &b = node(v);
+        return a.op == b.op && a.wide == b.wide && level_[u] == level_[v];
+    }
+
+    void choosePartners() {
+        lane0_.assign(s_.nodes().size(), 0);
+        std::map<int, std::vector<NodeId>> byLevel;
+        for (NodeId id = 0; id < static_cast<NodeId>(s_.nodes().size()); ++id) {
+            const Op op = node(id).op;
+            if (live_[id] && op != Op::Input && op != Op::Zero) byLevel[level_[id]].push_back(id);
+        }
+        for (auto& [level, ids] : byLevel) {
+            for (std::size_t i = 0; i < ids.size(); ++i) {
+                const NodeId u = ids[i];
+                if (paired(u)) continue;
+                NodeId best = -1;
+                int bestScore = -1;
+                for (std::size_t j = i + 1, seen = 0; j < ids.size() && seen < kSearchWindow; ++j) {
+                    const NodeId v = ids[j];
+                    if (paired(v) || !sameKind(u, v)) continue;
+                    ++seen;
+                    const int sc = score(u, v);
+                    if (sc > bestScore) bestScore = sc, best = v;
+                    if (sc == 4) break;
+                }
+                if (best < 0) continue;
+                partner_[u] = best, partner_[best] = u;
+                lane0_[u] = 1;
+            }
+        }
+    }
+
+    struct Place {
+        NodeId value = -1;
+        int lane = 0;
+    };
+
+    // Operand p's value with p in lane 0 and anything in lane 1.
+    NodeId alone(NodeId p) {
+        if (isInput(p)) return out_.inputLanes({element(p), -1});
+        if (node(p).op == Op::Zero) return out_.zero();
+        const Place at = ensure(p);
+        return at.lane == 0 ? at.value : out_.shuffle(at.value, 1, at.value, 1);
+    }
+
+    // A value holding p in lane 0 and q in lane 1.
+    NodeId both(NodeId p, NodeId q) {
+        if (isInput(p) && isInput(q)) return out_.inputLanes({element(p), element(q)});
+        const bool zp = node(p).op == Op::Zero, zq = node(q).op == Op::Zero;
+        if (zp && zq) return out_.zero();
+        auto source = [&](NodeId x, int wantLane) -> Place {
+            if (node(x).op == Op::Zero) return {out_.zero(), 0};
+            if (isInput(x)) {
+                std::vector<int> e{-1, -1};
+                e[wantLane] = element(x);
+                return {out_.inputLanes(e), wantLane};
+            }
+            return ensure(x);
+        };
+        const Place a = source(p, 0), b = source(q, 1);
+        if (!zp && !zq && out_.node(a.value).wide != out_.node(b.value).wide)
+            throw std::logic_error("pairLanes: a lane pair mixes precisions");
+        if (a.value == b.value && a.lane == 0 && b.lane == 1) return a.value;
+        return out_.shuffle(a.value, a.lane, b.value, b.lane);
+    }
+
+    // Creates the vector operation for u (lane 0) and v (lane 1, or -1: u alone).
+    NodeId vectorOp(NodeId u, NodeId v) {
+        const Node& a = node(u);
+        NodeId x, y = -1;
+        if (v < 0) {
+            x = alone(a.a);
+            if (a.b >= 0) y = a.b == a.a ? x : alone(a.b);
+        } else {
+            const Node& b = node(v);
+            NodeId bx = b.a, by = b.b;
+            if (a.op == Op::Add && fit(a.a, b.b) + fit(a.b, b.a) > fit(a.a, b.a) + fit(a.b, b.b)) std::swap(bx, by);
+            x = both(a.a, bx);
+            if (a.b >= 0) y = both(a.b, by);
+        }
+        std::unique_ptr<Dag::WideScope> wide(a.wide && a.op != Op::Neg ? new Dag::WideScope(out_) : nullptr);
+        switch (a.op) {
+            case Op::Add: return out_.add(x, y);
+            case Op::Sub: return out_.sub(x, y);
+            case Op::Neg: return out_.neg(x);
+            case Op::Narrow: wide.reset(); return out_.narrow(x);
+            case Op::Scale: {
+                const Real cu = s_.constant(a.arg)[0].real();
+                const Real cv = v < 0 ? cu : s_.constant(node(v).arg)[0].real();
+                return out_.scaleLanes({cu, cv}, x);
+            }
+            default: throw std::logic_error("pairLanes: operation not supported");
+        }
+    }
+
+    // Where node id's value is, building its vector (and, first, the
+    // vectors of its operands) on first demand: the vector DAG follows the
+    // scalar creation order as closely as the pairs allow.
+    Place ensure(NodeId id) {
+        if (place_[id].value >= 0) return place_[id];
+        const NodeId other = partner_[id];
+        if (other < 0) return place_[id] = {vectorOp(id, -1), 0};
+        const NodeId first = lane0_[id] ? id : other, second = lane0_[id] ? other : id;
+        const NodeId v = vectorOp(first, second);
+        place_[first] = {v, 0};
+        place_[second] = {v, 1};
+        return place_[id];
+    }
+
+    void build() {
+        place_.assign(s_.nodes().size(), Place{});
+        for (NodeId id = 0; id < static_cast<NodeId>(s_.nodes().size()); ++id) {
+            const Op op = node(id).op;
+            if (live_[id] && op != Op::Input && op != Op::Zero) ensure(id);
+        }
+        // Outputs: the lanes of one vector go out together.
+        std::map<NodeId, std::vector<int>> lanes;
+        std::vector<NodeId> order;
+        for (const Output& o : s_.outputs()) {
+            Place at = isInput(o.value) || node(o.value).op == Op::Zero ? Place{} : ensure(o.value);
+            if (isInput(o.value) || node(o.value).op == Op::Zero) at = {alone(o.value), 0};
+            auto it = lanes.find(at.value);
+            if (it == lanes.end()) {
+                it = lanes.emplace(at.value, std::vector<int>{-1, -1}).first;
+                order.push_back(at.value);
+            }
+            it->second[at.lane] = o.elements[0];
+        }
+        for (NodeId v : order) out_.outputLanes(lanes[v], v);
+    }
+
+    const Dag& s_;
+    Dag out_;
+    std::vector<char> live_, lane0_;
+    std::vector<int> level_;
+    std::vector<NodeId> partner_;
+    std::vector<Place> place_;
+};
+
+}  // namespace
+
+Dag pairLanes(const Dag& scalar) { return Pairer(scalar).run(); }
+
+}  // namespace kfpg::gen
