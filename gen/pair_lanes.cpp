@@ -14,7 +14,7 @@ constexpr int kSearchWindow = 96;
 
 class Pairer {
 public:
-    explicit Pairer(const Dag& s) : s_(s), out_(ValueKind::Real, 2, s.signs()) {
+    Pairer(const Dag& s, Depth depth) : s_(s), depth_(depth), out_(ValueKind::Real, 2, s.signs()) {
         if (s.kind() != ValueKind::Real || s.lanes() != 1) throw std::logic_error("pairLanes needs a one-lane real DAG");
     }
 
@@ -37,24 +37,49 @@ private:
         level_.assign(count, 0);
         partner_.assign(count, -1);
         for (const Output& o : s_.outputs()) live_[o.value] = 1;
+        std::vector<int> uses(count, 0);
         for (NodeId id = static_cast<NodeId>(count) - 1; id >= 0; --id) {
             if (!live_[id]) continue;
             const Node& n = node(id);
-            if (n.a >= 0) live_[n.a] = 1;
-            if (n.b >= 0) live_[n.b] = 1;
+            if (n.a >= 0) live_[n.a] = 1, ++uses[n.a];
+            if (n.b >= 0) live_[n.b] = 1, ++uses[n.b];
         }
+        for (const Output& o : s_.outputs()) ++uses[o.value];
+        // a - c x with c x used nowhere else is a + (-c) x: an addition like
+        // its neighbours, so that sums whose terms differ in sign still pair.
+        flip_.assign(count, 0);
+        asAdd_.assign(count, 0);
         for (NodeId id = 0; id < static_cast<NodeId>(count); ++id) {
             const Node& n = node(id);
-            if (n.a >= 0) level_[id] = std::max(level_[id], level_[n.a] + 1);
-            if (n.b >= 0) level_[id] = std::max(level_[id], level_[n.b] + 1);
+            if (!live_[id] || n.op != Op::Sub || uses[n.b] != 1) continue;
+            NodeId product = n.b;
+            if (node(product).op == Op::Narrow && uses[node(product).a] == 1) product = node(product).a;
+            if (node(product).op != Op::Scale) continue;
+            flip_[product] = 1;
+            asAdd_[id] = 1;
+        }
+        if (depth_ == Depth::FromInputs) {
+            for (NodeId id = 0; id < static_cast<NodeId>(count); ++id) {
+                const Node& n = node(id);
+                if (n.a >= 0) level_[id] = std::max(level_[id], level_[n.a] + 1);
+                if (n.b >= 0) level_[id] = std::max(level_[id], level_[n.b] + 1);
+            }
+            return;
+        }
+        // Negative distance to the furthest output, so that levels still grow along every path.
+        for (NodeId id = static_cast<NodeId>(count) - 1; id >= 0; --id) {
+            const Node& n = node(id);
+            for (NodeId x : {n.a, n.b})
+                if (x >= 0) level_[x] = std::min(level_[x], level_[id] - 1);
         }
     }
 
     // How well operands p (lane 0) and q (lane 1) line up: 2 when they
     // already share a vector in these lanes or are adjacent loads, 1 for a
-    // swap or two loads, 0 when a shuffle must combine them.
+    // swap, a broadcast or two loads, 0 when a shuffle must combine them.
     int fit(NodeId p, NodeId q) const {
         if (isInput(p) && isInput(q)) return element(q) == element(p) + 1 ? 2 : 1;
+        if (p == q) return 1;  // one broadcast, shared by every pair that needs it
         if (partner_[p] == q) return lane0_[p] ? 2 : 1;
         return 0;
     }
@@ -62,13 +87,15 @@ private:
     int score(NodeId u, NodeId v) const {
         const Node &a = node(u), &b = node(v);
         int direct = fit(a.a, b.a) + (a.b >= 0 ? fit(a.b, b.b) : 0);
-        if (a.op == Op::Add) direct = std::max(direct, fit(a.a, b.b) + fit(a.b, b.a));
+        if (effectiveOp(u) == Op::Add) direct = std::max(direct, fit(a.a, b.b) + fit(a.b, b.a));
         return direct;
     }
 
+    Op effectiveOp(NodeId id) const { return asAdd_[id] ? Op::Add : node(id).op; }
+
     bool sameKind(NodeId u, NodeId v) const {
         const Node &a = node(u), &b = node(v);
-        return a.op == b.op && a.wide == b.wide && level_[u] == level_[v];
+        return effectiveOp(u) == effectiveOp(v) && a.wide == b.wide && level_[u] == level_[v];
     }
 
     void choosePartners() {
@@ -143,19 +170,19 @@ private:
         } else {
             const Node& b = node(v);
             NodeId bx = b.a, by = b.b;
-            if (a.op == Op::Add && fit(a.a, b.b) + fit(a.b, b.a) > fit(a.a, b.a) + fit(a.b, b.b)) std::swap(bx, by);
+            if (effectiveOp(u) == Op::Add && fit(a.a, b.b) + fit(a.b, b.a) > fit(a.a, b.a) + fit(a.b, b.b)) std::swap(bx, by);
             x = both(a.a, bx);
             if (a.b >= 0) y = both(a.b, by);
         }
         std::unique_ptr<Dag::WideScope> wide(a.wide && a.op != Op::Neg ? new Dag::WideScope(out_) : nullptr);
-        switch (a.op) {
+        switch (effectiveOp(u)) {
             case Op::Add: return out_.add(x, y);
             case Op::Sub: return out_.sub(x, y);
             case Op::Neg: return out_.neg(x);
             case Op::Narrow: wide.reset(); return out_.narrow(x);
             case Op::Scale: {
-                const Real cu = s_.constant(a.arg)[0].real();
-                const Real cv = v < 0 ? cu : s_.constant(node(v).arg)[0].real();
+                const Real cu = (flip_[u] ? -1 : 1) * s_.constant(a.arg)[0].real();
+                const Real cv = v < 0 ? cu : (flip_[v] ? -1 : 1) * s_.constant(node(v).arg)[0].real();
                 return out_.scaleLanes({cu, cv}, x);
             }
             default: throw std::logic_error("pairLanes: operation not supported");
@@ -199,8 +226,11 @@ private:
     }
 
     const Dag& s_;
+    Depth depth_;
     Dag out_;
     std::vector<char> live_, lane0_;
+    std::vector<char> flip_;   // a Scale taken with its constant negated
+    std::vector<char> asAdd_;  // a Sub taken as the addition of its flipped product
     std::vector<int> level_;
     std::vector<NodeId> partner_;
     std::vector<Place> place_;
@@ -208,6 +238,6 @@ private:
 
 }  // namespace
 
-Dag pairLanes(const Dag& scalar) { return Pairer(scalar).run(); }
+Dag pairLanes(const Dag& scalar, Depth depth) { return Pairer(scalar, depth).run(); }
 
 }  // namespace kfpg::gen

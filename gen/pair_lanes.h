@@ -8,8 +8,13 @@
 
 namespace kfpg::gen {
 
+// Which operations count as the same depth: distance from the inputs
+// (lines up the first stages of a transform), or from the outputs (lines up
+// the last ones).
+enum class Depth { FromInputs, FromOutputs };
+
 // The same computation with every value in one lane of a two-lane value;
 // outputs keep their elements. The scalar DAG must be real and one-lane.
-Dag pairLanes(const Dag& scalar);
+Dag pairLanes(const Dag& scalar, Depth depth);
 
 }  // namespace kfpg::gen

@@ -39,15 +39,21 @@ void checkSameOutputs(const Dag& scalar, const Dag& paired) {
 }  // namespace
 
 EmitResult emitRealKernelBody(const Dag& dag, Precision precision) {
-    const Dag paired = pairLanes(dag);
-    checkSameOutputs(dag, paired);
     EmitOptions o;
     o.mode = EmitMode::RealPairs;
     o.precision = precision;
     o.load = [](int i) { return "pSrc + " + std::to_string(i); };
     o.store = [](int i) { return "pDst + " + std::to_string(i); };
     o.scaleVar = "sc";
-    return emitBody(paired, o);
+    // Pairs by depth from the inputs or from the outputs, whichever emits fewer instructions.
+    EmitResult best;
+    for (Depth depth : {Depth::FromInputs, Depth::FromOutputs}) {
+        const Dag paired = pairLanes(dag, depth);
+        checkSameOutputs(dag, paired);
+        EmitResult r = emitBody(paired, o);
+        if (best.body.empty() || r.counts.total() < best.counts.total()) best = std::move(r);
+    }
+    return best;
 }
 
 std::string realKernelFunction(const RealKernelText& k) {
