@@ -1,6 +1,7 @@
 #include "pair_lanes.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <stdexcept>
@@ -58,7 +59,7 @@ private:
             flip_[product] = 1;
             asAdd_[id] = 1;
         }
-        if (depth_ == Depth::FromInputs) {
+        if (depth_ != Depth::FromOutputs) {
             for (NodeId id = 0; id < static_cast<NodeId>(count); ++id) {
                 const Node& n = node(id);
                 if (n.a >= 0) level_[id] = std::max(level_[id], level_[n.a] + 1);
@@ -98,8 +99,92 @@ private:
         return effectiveOp(u) == effectiveOp(v) && a.wide == b.wide && level_[u] == level_[v];
     }
 
+    // ---- Depth::Flexible ----
+    // earliest_ / latest_: the range of depths a node may still take.
+    void initRanges() {
+        const std::size_t count = s_.nodes().size();
+        earliest_ = level_;
+        int deepest = 0;
+        for (NodeId id = 0; id < static_cast<NodeId>(count); ++id)
+            if (live_[id]) deepest = std::max(deepest, level_[id]);
+        latest_.assign(count, deepest);
+        users_.assign(count, {});
+        for (NodeId id = static_cast<NodeId>(count) - 1; id >= 0; --id) {
+            if (!live_[id]) continue;
+            const Node& n = node(id);
+            for (NodeId x : {n.a, n.b == n.a ? -1 : n.b})
+                if (x >= 0) latest_[x] = std::min(latest_[x], latest_[id] - 1), users_[x].push_back(id);
+        }
+        // below_[id]: bit set of the nodes that id depends on.
+        const std::size_t words = (count + 63) / 64;
+        below_.assign(count, std::vector<std::uint64_t>(words, 0));
+        for (NodeId id = 0; id < static_cast<NodeId>(count); ++id) {
+            if (!live_[id]) continue;
+            const Node& n = node(id);
+            for (NodeId x : {n.a, n.b}) {
+                if (x < 0) continue;
+                below_[id][x / 64] |= std::uint64_t{1} << (x % 64);
+                for (std::size_t w = 0; w < words; ++w) below_[id][w] |= below_[x][w];
+            }
+        }
+    }
+
+    bool dependsOn(NodeId u, NodeId v) const { return below_[u][v / 64] >> (v % 64) & 1; }
+
+    void fixDepth(NodeId id, int depth) {
+        earliest_[id] = latest_[id] = depth;
+        std::vector<NodeId> work{id};
+        while (!work.empty()) {
+            const NodeId x = work.back();
+            work.pop_back();
+            for (NodeId y : users_[x])
+                if (earliest_[y] < earliest_[x] + 1) earliest_[y] = earliest_[x] + 1, work.push_back(y);
+        }
+        work.push_back(id);
+        while (!work.empty()) {
+            const NodeId x = work.back();
+            work.pop_back();
+            const Node& n = node(x);
+            for (NodeId y : {n.a, n.b})
+                if (y >= 0 && !isInput(y) && latest_[y] > latest_[x] - 1) latest_[y] = latest_[x] - 1, work.push_back(y);
+        }
+    }
+
+    void choosePartnersFlexibly() {
+        initRanges();
+        std::vector<NodeId> order;
+        for (NodeId id = 0; id < static_cast<NodeId>(s_.nodes().size()); ++id) {
+            const Op op = node(id).op;
+            if (live_[id] && op != Op::Input && op != Op::Zero) order.push_back(id);
+        }
+        std::stable_sort(order.begin(), order.end(), [&](NodeId a, NodeId b) { return level_[a] < level_[b]; });
+        for (std::size_t i = 0; i < order.size(); ++i) {
+            const NodeId u = order[i];
+            if (paired(u)) continue;
+            NodeId best = -1;
+            int bestScore = -1;
+            for (std::size_t j = i + 1, seen = 0; j < order.size() && seen < kSearchWindow; ++j) {
+                const NodeId v = order[j];
+                if (paired(v) || effectiveOp(u) != effectiveOp(v) || node(u).wide != node(v).wide) continue;
+                if (std::max(earliest_[u], earliest_[v]) > std::min(latest_[u], latest_[v])) continue;
+                if (dependsOn(u, v) || dependsOn(v, u)) continue;
+                ++seen;
+                const int sc = score(u, v);
+                if (sc > bestScore) bestScore = sc, best = v;
+                if (sc == 4) break;
+            }
+            if (best < 0) continue;
+            const int depth = std::max(earliest_[u], earliest_[best]);
+            fixDepth(u, depth);
+            fixDepth(best, depth);
+            partner_[u] = best, partner_[best] = u;
+            lane0_[u] = 1;
+        }
+    }
+
     void choosePartners() {
         lane0_.assign(s_.nodes().size(), 0);
+        if (depth_ == Depth::Flexible) return choosePartnersFlexibly();
         std::map<int, std::vector<NodeId>> byLevel;
         for (NodeId id = 0; id < static_cast<NodeId>(s_.nodes().size()); ++id) {
             const Op op = node(id).op;
@@ -232,6 +317,9 @@ private:
     std::vector<char> flip_;   // a Scale taken with its constant negated
     std::vector<char> asAdd_;  // a Sub taken as the addition of its flipped product
     std::vector<int> level_;
+    std::vector<int> earliest_, latest_;
+    std::vector<std::vector<NodeId>> users_;
+    std::vector<std::vector<std::uint64_t>> below_;
     std::vector<NodeId> partner_;
     std::vector<Place> place_;
 };

@@ -8,10 +8,12 @@
 
 namespace kfpg::gen {
 
-// Which operations count as the same depth: distance from the inputs
-// (lines up the first stages of a transform), or from the outputs (lines up
-// the last ones).
-enum class Depth { FromInputs, FromOutputs };
+// Which operations may share a vector: those at the same distance from the
+// inputs (lines up the first stages of a transform), or from the outputs
+// (lines up the last ones), or any two whose ranges of possible depths
+// overlap and that do not depend on each other (each pair then fixes the
+// depth of both, and its neighbours' ranges narrow accordingly).
+enum class Depth { FromInputs, FromOutputs, Flexible };
 
 // The same computation with every value in one lane of a two-lane value;
 // outputs keep their elements. The scalar DAG must be real and one-lane.

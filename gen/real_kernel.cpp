@@ -45,9 +45,9 @@ EmitResult emitRealKernelBody(const Dag& dag, Precision precision) {
     o.load = [](int i) { return "pSrc + " + std::to_string(i); };
     o.store = [](int i) { return "pDst + " + std::to_string(i); };
     o.scaleVar = "sc";
-    // Pairs by depth from the inputs or from the outputs, whichever emits fewer instructions.
+    // The pairing that emits the fewest instructions.
     EmitResult best;
-    for (Depth depth : {Depth::FromInputs, Depth::FromOutputs}) {
+    for (Depth depth : {Depth::FromInputs, Depth::FromOutputs, Depth::Flexible}) {
         const Dag paired = pairLanes(dag, depth);
         checkSameOutputs(dag, paired);
         EmitResult r = emitBody(paired, o);
