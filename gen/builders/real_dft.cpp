@@ -3,8 +3,10 @@
 #include <memory>
 #include <stdexcept>
 
+#include "builders/dft_table.h"
 #include "builders/real_dft_table.h"
 #include "evaluate.h"
+#include "transpose.h"
 
 namespace kfpg::gen {
 
@@ -17,6 +19,13 @@ struct Pair {
 };
 
 using Spectrum = std::vector<Pair>;
+
+long powMod(long base, long exp, long mod) {
+    long r = 1;
+    for (base %= mod; exp > 0; exp >>= 1, base = base * base % mod)
+        if (exp & 1) r = r * base % mod;
+    return r;
+}
 
 long inverseMod(long a, long mod) {
     for (long x = 1; x < mod; ++x)
@@ -34,6 +43,7 @@ public:
         switch (row.method) {
             case RealMethod::Butterfly: return realButterfly(x);
             case RealMethod::Direct: return realDirect(x);
+            case RealMethod::Convolution: return realConvolution(x);
             case RealMethod::CooleyTukey:
             case RealMethod::PrimeFactor: break;
         }
@@ -54,7 +64,8 @@ public:
         const RealRow& row = realRow(static_cast<int>(x.size()));
         switch (row.method) {
             case RealMethod::Butterfly: return complexButterfly(x);
-            case RealMethod::Direct: return complexDirect(x);
+            case RealMethod::Direct:
+            case RealMethod::Convolution: return complexDirect(x);
             case RealMethod::CooleyTukey:
             case RealMethod::PrimeFactor: break;
         }
@@ -149,6 +160,111 @@ private:
             out[n - k] = conj(out[k]);
         }
         return out;
+    }
+
+    // Prime p, m = (p - 1) / 2: with a primitive root g, the pair sums
+    // S[a] = x[g^a] + x[-g^a] and differences D[a] = x[g^a] - x[-g^a] give
+    // Re X[g^b] - x0 = sum_a S[a] cos(2 pi g^(a+b) / p), a cyclic correlation
+    // of length m, and -Im X[g^b] = sum_a D[a] sin(2 pi g^(a+b) / p), a
+    // negacyclic one (g^m = -1). Each is a fast convolution (see convolve).
+    Spectrum realConvolution(const std::vector<NodeId>& x) {
+        const int p = static_cast<int>(x.size()), m = (p - 1) / 2;
+        const long g = primitiveRoot(p);
+        std::vector<NodeId> sums(m), diffs(m);
+        std::vector<Real> cosines(m), sines(m);
+        std::vector<NodeId> total{x[0]};
+        for (int a = 0; a < m; ++a) {
+            const long j = powMod(g, a, p);
+            sums[a] = dag_.add(x[j], x[p - j]);
+            diffs[a] = dag_.sub(x[j], x[p - j]);
+            total.push_back(sums[a]);
+            const Complex w = unitRoot(j, p, 1);
+            cosines[a] = w.real(), sines[a] = w.imag();
+        }
+        // As convolutions: the cyclic one of S reversed, the negacyclic one of
+        // D reversed with the wrapped terms negated.
+        std::vector<NodeId> cyclicIn(m), negacyclicIn(m);
+        for (int a = 0; a < m; ++a) {
+            cyclicIn[a] = sums[(m - a) % m];
+            negacyclicIn[a] = a == 0 ? diffs[0] : dag_.neg(diffs[m - a]);
+        }
+        const std::vector<NodeId> c = convolve(cyclicIn, cosines, false);
+        std::vector<NodeId> z;
+        if (m % 2) {
+            // Odd m: with every odd-indexed term of both operands and of the
+            // result negated, the negacyclic convolution is a cyclic one.
+            for (int a = 1; a < m; a += 2) negacyclicIn[a] = dag_.neg(negacyclicIn[a]), sines[a] = -sines[a];
+            z = convolve(negacyclicIn, sines, false);
+            for (int b = 1; b < m; b += 2) z[b] = dag_.neg(z[b]);
+        } else {
+            z = convolve(negacyclicIn, sines, true);
+        }
+        Spectrum out(p, Pair{-1, -1});
+        out[0] = {chain(total), zero()};
+        for (int b = 0; b < m; ++b) {
+            const long k = powMod(g, b, p);
+            const NodeId re = dag_.add(x[0], c[b]);
+            // -Im X[k] = z[b]; X[p - k] is its conjugate.
+            out[k] = {re, dag_.neg(z[b])};
+            out[p - k] = {re, z[b]};
+        }
+        return out;
+    }
+
+    // The spectrum a fast convolution works in, built on u (length m) in
+    // `dag`: the real DFT (cyclic) or the odd-frequency DFT sum u[n]
+    // exp(-i pi n (2k + 1) / m) (negacyclic), as output elements 2k (real
+    // part) and 2k + 1 (imaginary part) for the bins that determine the
+    // rest by symmetry.
+    static std::vector<NodeId> convolutionSpectrum(Dag& dag, const RealDftOptions& options, const std::vector<NodeId>& u,
+                                                   bool negacyclic) {
+        Builder b(dag, options);
+        const int m = static_cast<int>(u.size());
+        std::vector<NodeId> out;
+        if (!negacyclic) {
+            const Spectrum X = b.real(u);
+            for (int k = 0; k <= m / 2; ++k) out.push_back(X[k].re), out.push_back(X[k].im);
+            return out;
+        }
+        std::vector<Pair> twisted;
+        for (int n = 0; n < m; ++n) twisted.push_back(b.twiddle(unitRoot(n, 2L * m, -1), {u[n], dag.zero()}));
+        const Spectrum X = b.complex(twisted);
+        for (int k = 0; k < (m + 1) / 2; ++k) out.push_back(X[k].re), out.push_back(X[k].im);
+        return out;
+    }
+
+    // y = u * h, cyclic or negacyclic, length m: the spectrum of u times the
+    // spectrum of h (a constant, with the inverse transform's weights folded
+    // in), back by the transposed spectrum network.
+    std::vector<NodeId> convolve(const std::vector<NodeId>& u, const std::vector<Real>& h, bool negacyclic) {
+        const int m = static_cast<int>(u.size());
+        const std::vector<NodeId> spectrum = convolutionSpectrum(dag_, options_, u, negacyclic);
+        // The same network on its own, to be transposed.
+        Dag alone(ValueKind::Real, 1, dag_.signs());
+        std::vector<NodeId> inputs;
+        for (int n = 0; n < m; ++n) inputs.push_back(alone.input(n));
+        const std::vector<NodeId> parts = convolutionSpectrum(alone, options_, inputs, negacyclic);
+        for (std::size_t e = 0; e < parts.size(); ++e)
+            if (alone.node(parts[e]).op != Op::Zero) alone.output(static_cast<int>(e), parts[e]);
+        std::vector<NodeId> products(parts.size(), dag_.zero());
+        for (std::size_t k = 0; k < parts.size() / 2; ++k) {
+            // Bin k of h, and the weight of the bin in the inverse: bins that
+            // stand for a conjugate pair count twice.
+            Complex hk = 0;
+            const long angleDen = negacyclic ? 2L * m : m, step = negacyclic ? 2 * static_cast<long>(k) + 1 : static_cast<long>(k);
+            for (int n = 0; n < m; ++n) hk += h[n] * unitRoot(step * n, angleDen, -1);
+            const bool single = negacyclic ? 2 * static_cast<int>(k) + 1 == m : k == 0 || 2 * static_cast<int>(k) == m;
+            hk *= static_cast<Real>(single ? 1 : 2) / m;
+            if (single) {
+                // Both spectra are real in this bin by symmetry: the imaginary
+                // parts (exact zeros, or rounding noise of a real value) drop out.
+                products[2 * k] = mul(hk.real(), spectrum[2 * k]);
+                continue;
+            }
+            const Pair y = twiddle(hk, {spectrum[2 * k], spectrum[2 * k + 1]});
+            products[2 * k] = y.re, products[2 * k + 1] = y.im;
+        }
+        return transposeInto(dag_, alone, products, m);
     }
 
     Spectrum complexButterfly(const std::vector<Pair>& x) {

@@ -8,6 +8,8 @@ namespace kfpg::gen {
 enum class RealMethod {
     Butterfly,    // 2 and 4: sums and differences only
     Direct,       // odd: symmetric pairs, every output a direct sum
+    Convolution,  // odd prime: symmetric pairs reordered by a primitive root into a
+                  // cyclic (cosine) and a negacyclic (sine) fast convolution
     CooleyTukey,  // n1 x n2 with twiddles between the stages
     PrimeFactor,  // n1 x n2 coprime, index maps and no twiddles
 };
