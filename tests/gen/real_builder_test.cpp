@@ -1,0 +1,138 @@
+// The real-data side of the generator: the separate-signs simplifier, the
+// real DFT builder of every length against a naive DFT (with its
+// multiplication counts), and the lane pairing that vectorises real DAGs.
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "builders/real_dft.h"
+#include "builders/real_dft_table.h"
+#include "dag.h"
+#include "evaluate.h"
+#include "pair_lanes.h"
+
+namespace {
+
+using namespace kfpg::gen;
+
+TEST(SeparateSigns, KeepsConstantsPositiveAndNegationsAbsorbable) {
+    Dag d(ValueKind::Real, 1, Signs::Separate);
+    const NodeId x = d.input(0), y = d.input(1);
+    const NodeId m = d.scale(-0.5L, y);
+    ASSERT_EQ(d.node(m).op, Op::Neg);
+    EXPECT_EQ(d.node(d.node(m).a).op, Op::Scale);
+    EXPECT_EQ(d.constant(d.node(d.node(m).a).arg)[0].real(), 0.5L);
+    // The product is shared between c y and -c y, and the sign goes into the sum.
+    EXPECT_EQ(d.node(m).a, d.scale(0.5L, y));
+    EXPECT_EQ(d.add(x, m), d.sub(x, d.scale(0.5L, y)));
+    EXPECT_EQ(d.sub(x, m), d.add(x, d.scale(0.5L, y)));
+    EXPECT_EQ(d.add(d.neg(x), d.neg(y)), d.neg(d.add(x, y)));
+    EXPECT_EQ(d.sub(d.neg(x), y), d.neg(d.add(x, y)));
+    EXPECT_EQ(d.scale(3, d.neg(x)), d.neg(d.scale(3, x)));
+    // y - x after x - y is the negation of the difference already made.
+    const NodeId xy = d.sub(x, y);
+    EXPECT_EQ(d.sub(y, x), d.neg(xy));
+}
+
+TEST(SeparateSigns, NarrowingAWideNegationKeepsTheNegationOutside) {
+    Dag d(ValueKind::Real, 1, Signs::Separate);
+    const NodeId x = d.input(0);
+    NodeId p;
+    {
+        Dag::WideScope wide(d);
+        p = d.scale(-0.75L, x);
+    }
+    const NodeId r = d.narrow(p);
+    ASSERT_EQ(d.node(r).op, Op::Neg);
+    EXPECT_FALSE(d.node(r).wide);
+    EXPECT_EQ(d.node(d.node(r).a).op, Op::Narrow);
+}
+
+// The real DFT DAG of length n with outputs 2k (Re X[k]) and 2k + 1 (Im X[k]).
+void buildInto(Dag& dag, int n, const RealDftOptions& options) {
+    std::vector<NodeId> x;
+    for (int i = 0; i < n; ++i) x.push_back(dag.input(i));
+    const HalfSpectrum X = buildRealDft(dag, x, options);
+    for (int k = 0; k <= n / 2; ++k) {
+        dag.output(2 * k, X.re[k]);
+        if (dag.node(X.im[k]).op != Op::Zero) dag.output(2 * k + 1, X.im[k]);
+    }
+}
+
+double errorAgainstNaive(const Dag& dag, int n, unsigned seed) {
+    std::mt19937 rng(seed);
+    std::uniform_real_distribution<double> u(-1, 1);
+    std::vector<Complex> x(n);
+    for (Complex& v : x) v = u(rng);
+    const auto want = naiveDft(x, -1), got = evaluate(dag, x, n + 2);
+    long double err = 0, norm = 0;
+    for (int k = 0; k <= n / 2; ++k) {
+        const long double im = std::isnan(got[2 * k + 1].real()) ? 0 : got[2 * k + 1].real();
+        err += std::norm(Complex(got[2 * k].real(), im) - want[k]);
+        norm += std::norm(want[k]);
+    }
+    return static_cast<double>(std::sqrt(err / norm));
+}
+
+class RealBuilder : public ::testing::TestWithParam<int> {};
+
+TEST_P(RealBuilder, ComputesTheDftInBothPrecisionModes) {
+    const int n = GetParam();
+    for (bool wide : {false, true})
+        for (bool wideSums : {false, true}) {
+            Dag dag(ValueKind::Real, 1, Signs::Separate);
+            buildInto(dag, n, RealDftOptions{wide, wideSums});
+            EXPECT_LT(errorAgainstNaive(dag, n, 7u + n), 1e-16) << "wide " << wide << " sums " << wideSums;
+        }
+}
+
+// Multiplications of the two-stage and butterfly lengths follow from their
+// factors' counts: no extra products hide in the twiddles or index maps.
+TEST_P(RealBuilder, CountsOfTheTwoStageLengthsAddUp) {
+    const int n = GetParam();
+    auto muls = [](int len) {
+        Dag dag(ValueKind::Real, 1, Signs::Separate);
+        buildInto(dag, len, {});
+        return countFlops(dag).muls;
+    };
+    const RealRow& row = realRow(n);
+    if (row.method == RealMethod::Direct) EXPECT_EQ(muls(n), 2L * ((n - 1) / 2) * ((n - 1) / 2));
+    if (row.method == RealMethod::PrimeFactor) EXPECT_EQ(muls(n), row.n2 * muls(row.n1) + row.n1 * muls(row.n2));
+    if (row.method == RealMethod::Convolution) EXPECT_LT(muls(n), 2L * ((n - 1) / 2) * ((n - 1) / 2));
+}
+
+TEST_P(RealBuilder, LanePairingComputesTheSameOutputs) {
+    const int n = GetParam();
+    Dag dag(ValueKind::Real, 1, Signs::Separate);
+    buildInto(dag, n, RealDftOptions{true, false});
+    for (Depth depth : {Depth::FromInputs, Depth::FromOutputs, Depth::Flexible}) {
+        const Dag paired = pairLanes(dag, depth);
+        ASSERT_EQ(paired.lanes(), 2);
+        EXPECT_LT(errorAgainstNaive(paired, n, 11u + n), 1e-16);
+        // Every output element is written by exactly one lane of one value.
+        std::vector<int> written(n + 2, 0);
+        for (const Output& o : paired.outputs())
+            for (int e : o.elements)
+                if (e >= 0) ++written[e];
+        for (const Output& o : dag.outputs()) EXPECT_EQ(written[o.elements[0]], 1) << o.elements[0];
+    }
+}
+
+std::vector<int> allLengths() {
+    std::vector<int> v;
+    for (int n = 2; n <= 64; ++n) v.push_back(n);
+    return v;
+}
+
+INSTANTIATE_TEST_SUITE_P(AllLengths, RealBuilder, ::testing::ValuesIn(allLengths()));
+
+TEST(RealBuilderCounts, PowersOfTwoAndSmallLengthsHaveTheIntendedMultiplications) {
+    const std::pair<int, long> intended[] = {{2, 0}, {3, 2}, {4, 0}, {5, 8}, {6, 4}, {8, 2}, {16, 12}, {32, 44}, {64, 132}, {25, 112}, {49, 324}};
+    for (auto [n, count] : intended) {
+        Dag dag(ValueKind::Real, 1, Signs::Separate);
+        buildInto(dag, n, {});
+        EXPECT_EQ(countFlops(dag).muls, count) << n;
+    }
+}
+
+}  // namespace
