@@ -14,9 +14,11 @@ NodeId Dag::existing(Op op, NodeId a, NodeId b) const {
 }
 
 NodeId Dag::make(Op op, NodeId a, NodeId b, int arg) {
-    // A negation or a lane move is exact: it keeps its operand's precision.
-    const bool wide = op == Op::Neg || op == Op::Shuffle ? nodes_[a].wide
-                                                          : wide_ && op != Op::Input && op != Op::Zero && op != Op::Narrow;
+    // A negation or a lane move is exact: it keeps its operands' precision
+    // (a lane move of a wide and a narrow value is wide).
+    const bool wide = op == Op::Neg       ? nodes_[a].wide
+                      : op == Op::Shuffle ? nodes_[a].wide || nodes_[b].wide
+                                          : wide_ && op != Op::Input && op != Op::Zero && op != Op::Narrow;
     const Key key{op, a, b, arg, wide};
     auto it = index_.find(key);
     if (it != index_.end()) return it->second;

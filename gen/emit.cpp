@@ -403,7 +403,7 @@ private:
                 const int la = n.arg & 1, lb = (n.arg >> 1) & 1;
                 ++counts_.shuffles;
                 if (wide) {
-                    expr = "_mm_shuffle_pd(" + var(n.a) + ", " + var(n.b) + ", " + std::to_string(la | lb << 1) + ")";
+                    expr = "_mm_shuffle_pd(" + pairOperand(n.a, true) + ", " + pairOperand(n.b, true) + ", " + std::to_string(la | lb << 1) + ")";
                 } else if (n.a == n.b) {
                     expr = "_mm_shuffle_ps(" + var(n.a) + ", " + var(n.a) + ", " + std::to_string(la | lb << 2) + ")";
                 } else if (la == 0 && lb == 0) {

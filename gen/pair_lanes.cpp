@@ -239,8 +239,6 @@ private:
             return ensure(x);
         };
         const Place a = source(p, 0), b = source(q, 1);
-        if (!zp && !zq && out_.node(a.value).wide != out_.node(b.value).wide)
-            throw std::logic_error("pairLanes: a lane pair mixes precisions");
         if (a.value == b.value && a.lane == 0 && b.lane == 1) return a.value;
         return out_.shuffle(a.value, a.lane, b.value, b.lane);
     }
