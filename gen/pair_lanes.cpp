@@ -190,23 +190,27 @@ private:
             const Op op = node(id).op;
             if (live_[id] && op != Op::Input && op != Op::Zero) byLevel[level_[id]].push_back(id);
         }
+        // Within a level, the best-fitting pairs first.
         for (auto& [level, ids] : byLevel) {
-            for (std::size_t i = 0; i < ids.size(); ++i) {
-                const NodeId u = ids[i];
-                if (paired(u)) continue;
-                NodeId best = -1;
-                int bestScore = -1;
+            struct Candidate {
+                int score;
+                std::size_t distance;
+                NodeId u, v;
+            };
+            std::vector<Candidate> candidates;
+            for (std::size_t i = 0; i < ids.size(); ++i)
                 for (std::size_t j = i + 1, seen = 0; j < ids.size() && seen < kSearchWindow; ++j) {
-                    const NodeId v = ids[j];
-                    if (paired(v) || !sameKind(u, v)) continue;
+                    if (!sameKind(ids[i], ids[j])) continue;
                     ++seen;
-                    const int sc = score(u, v);
-                    if (sc > bestScore) bestScore = sc, best = v;
-                    if (sc == 4) break;
+                    candidates.push_back({score(ids[i], ids[j]), j - i, ids[i], ids[j]});
                 }
-                if (best < 0) continue;
-                partner_[u] = best, partner_[best] = u;
-                lane0_[u] = 1;
+            std::stable_sort(candidates.begin(), candidates.end(), [](const Candidate& a, const Candidate& b) {
+                return a.score != b.score ? a.score > b.score : a.distance < b.distance;
+            });
+            for (const Candidate& k : candidates) {
+                if (paired(k.u) || paired(k.v)) continue;
+                partner_[k.u] = k.v, partner_[k.v] = k.u;
+                lane0_[k.u] = 1;
             }
         }
     }
