@@ -1,0 +1,138 @@
+#include "transpose.h"
+
+#include <memory>
+#include <numeric>
+#include <stdexcept>
+
+namespace kfpg::gen {
+
+namespace {
+
+// One contribution to a value's adjoint (the sum of everything its consumers
+// pass back to it). `wideSum`: part of a wide sum, rounded with the others.
+struct Term {
+    NodeId value;
+    bool wideSum;
+};
+
+class Transposer {
+public:
+    Transposer(Dag& target, const Dag& forward) : t_(target), f_(forward), terms_(forward.nodes().size()) {
+        if (f_.kind() != ValueKind::Real || f_.lanes() != 1) throw std::logic_error("transposition needs a one-lane real DAG");
+        markLive();
+        findWideRegions();
+    }
+
+    std::vector<NodeId> run(const std::vector<NodeId>& y, int inputCount) {
+        for (const Output& o : f_.outputs()) terms_[o.value].push_back({y.at(o.elements[0]), false});
+        std::vector<NodeId> x(inputCount, t_.zero());
+        for (NodeId id = static_cast<NodeId>(f_.nodes().size()) - 1; id >= 0; --id) {
+            if (!live_[id] || terms_[id].empty()) continue;
+            const Node& n = f_.node(id);
+            std::unique_ptr<Dag::WideScope> scope(n.wide ? new Dag::WideScope(t_) : nullptr);
+            const NodeId g = adjoint(id);
+            switch (n.op) {
+                case Op::Input: {
+                    const int e = f_.inputElements(n.arg)[0];
+                    if (e >= inputCount) throw std::logic_error("input element beyond inputCount");
+                    x[e] = t_.add(x[e], g);
+                    break;
+                }
+                case Op::Zero: break;
+                case Op::Add: pass(id, n.a, g), pass(id, n.b, g); break;
+                case Op::Sub: pass(id, n.a, g), pass(id, n.b, t_.neg(g)); break;
+                case Op::Neg: pass(id, n.a, t_.neg(g)); break;
+                case Op::Scale: pass(id, n.a, t_.scale(f_.constant(n.arg)[0].real(), g)); break;
+                case Op::Narrow: pass(id, n.a, g); break;
+                default: throw std::logic_error("transposition of a non-linear or complex operation");
+            }
+        }
+        return x;
+    }
+
+private:
+    void markLive() {
+        live_.assign(f_.nodes().size(), 0);
+        for (const Output& o : f_.outputs()) live_[o.value] = 1;
+        for (NodeId id = static_cast<NodeId>(live_.size()) - 1; id >= 0; --id) {
+            if (!live_[id]) continue;
+            const Node& n = f_.node(id);
+            if (n.a >= 0) live_[n.a] = 1;
+            if (n.b >= 0) live_[n.b] = 1;
+        }
+    }
+
+    // Connected wide nodes form a region; a region with an addition is a sum
+    // region, one without is a product (with its negations).
+    void findWideRegions() {
+        region_.resize(f_.nodes().size());
+        std::iota(region_.begin(), region_.end(), 0);
+        for (NodeId id = 0; id < static_cast<NodeId>(f_.nodes().size()); ++id) {
+            const Node& n = f_.node(id);
+            if (!live_[id] || !n.wide) continue;
+            for (NodeId operand : {n.a, n.b})
+                if (operand >= 0 && f_.node(operand).wide) region_[root(id)] = root(operand);
+        }
+        sumRegion_.assign(f_.nodes().size(), 0);
+        for (NodeId id = 0; id < static_cast<NodeId>(f_.nodes().size()); ++id) {
+            const Node& n = f_.node(id);
+            if (live_[id] && n.wide && (n.op == Op::Add || n.op == Op::Sub)) sumRegion_[root(id)] = 1;
+        }
+    }
+
+    NodeId root(NodeId id) {
+        while (region_[id] != id) id = region_[id] = region_[region_[id]];
+        return id;
+    }
+
+    // Hands `value` (made by consumer `from`) back to operand `to`. Leaving a
+    // wide region for a single-precision value, a product is rounded at once
+    // and a sum region's share waits to be summed with the others.
+    void pass(NodeId from, NodeId to, NodeId value) {
+        if (f_.node(from).wide && !f_.node(to).wide) {
+            if (sumRegion_[root(from)]) {
+                terms_[to].push_back({value, true});
+                return;
+            }
+            value = t_.narrow(value);
+        }
+        terms_[to].push_back({value, false});
+    }
+
+    // The sum of a node's contributions in the order they came; the shares of
+    // wide sum regions are summed in double where the first of them stood.
+    NodeId adjoint(NodeId id) {
+        const std::vector<Term>& terms = terms_[id];
+        NodeId wide = -1;
+        for (const Term& term : terms) {
+            if (!term.wideSum) continue;
+            Dag::WideScope scope(t_);
+            wide = wide < 0 ? term.value : t_.add(wide, term.value);
+        }
+        if (wide >= 0) wide = t_.narrow(wide);
+        NodeId sum = -1;
+        bool wideTaken = false;
+        for (const Term& term : terms) {
+            if (term.wideSum && wideTaken) continue;
+            const NodeId value = term.wideSum ? wide : term.value;
+            wideTaken |= term.wideSum;
+            sum = sum < 0 ? value : t_.add(sum, value);
+        }
+        return sum;
+    }
+
+    Dag& t_;
+    const Dag& f_;
+    std::vector<std::vector<Term>> terms_;
+    std::vector<char> live_;
+    std::vector<NodeId> region_;
+    std::vector<char> sumRegion_;
+};
+
+}  // namespace
+
+std::vector<NodeId> transposeInto(Dag& target, const Dag& forward, const std::vector<NodeId>& y, int inputCount) {
+    return Transposer(target, forward).run(y, inputCount);
+}
+
+}  // namespace kfpg::gen
