@@ -147,11 +147,19 @@ NodeId Dag::scaleLanes(const std::vector<Real>& c, NodeId a) {
         for (Complex& v : k) v = -v;
         return make(Op::Scale, n.a, -1, intern(k));
     }
-    if (n.op == Op::Scale && n.wide == wide_) {
-        for (int l = 0; l < lanes_; ++l) k[l] *= constants_[n.arg][l];
-        return make(Op::Scale, n.a, -1, intern(k));
+    if (n.op == Op::Scale && n.wide == wide_ && !kept_.count(a)) {
+        // The folded constant may be 1, -1 or 0: simplified like any other.
+        std::vector<Real> folded(c);
+        for (int l = 0; l < lanes_; ++l) folded[l] *= constants_[n.arg][l].real();
+        return scaleLanes(folded, n.a);
     }
     return make(Op::Scale, a, -1, intern(k));
+}
+
+NodeId Dag::keptScale(Real c, NodeId a) {
+    const NodeId id = scale(c, a);
+    if (nodes_[id].op == Op::Scale) kept_.insert(id);
+    return id;
 }
 
 NodeId Dag::mulI(int sign, NodeId a) {

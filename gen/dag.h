@@ -7,6 +7,7 @@
 #include <complex>
 #include <cstdint>
 #include <map>
+#include <unordered_set>
 #include <unordered_map>
 #include <vector>
 
@@ -75,6 +76,10 @@ public:
     NodeId neg(NodeId a);
     NodeId scale(Real c, NodeId a);
     NodeId scaleLanes(const std::vector<Real>& c, NodeId a);
+    // A product that later constant factors are not folded into: it stays a
+    // multiplication of its own (e.g. an exact doubling shared by a sum and
+    // a product).
+    NodeId keptScale(Real c, NodeId a);
     NodeId mulI(int sign, NodeId a);
     NodeId cmul(Complex w, NodeId a);
     NodeId cmulLanes(const std::vector<Complex>& w, NodeId a);
@@ -139,6 +144,7 @@ private:
     std::vector<std::vector<int>> inputs_;
     std::map<std::vector<int>, int> inputIndex_;
     std::vector<Output> outputs_;
+    std::unordered_set<NodeId> kept_;
 };
 
 // Source lane of lane l in a Shuffle node's arg: log2(lanes) bits per lane,

@@ -17,7 +17,8 @@ namespace kfpg::gen {
 // built with target's constructors (so its simplifier applies); an input
 // that no output depends on gives target's zero.
 //
-// Precision marks carry over: a wide product that is rounded on its own
+// Every product of `forward` is one product of the result. Precision marks
+// carry over: a wide product that is rounded on its own
 // (a wide Scale followed by Narrow) transposes to a wide product rounded on
 // its own; the contributions of wide sum regions (wide Add or Sub among the
 // wide nodes) to one value are summed in double and rounded once.

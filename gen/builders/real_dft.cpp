@@ -39,7 +39,7 @@ public:
 
     // Whole spectrum X[0..n-1] of n real values; X[n-k] is conj(X[k]), free.
     Spectrum real(const std::vector<NodeId>& x) {
-        const RealRow& row = realRow(static_cast<int>(x.size()));
+        const RealRow& row = rowOf(static_cast<int>(x.size()));
         switch (row.method) {
             case RealMethod::Butterfly: return realButterfly(x);
             case RealMethod::Direct: return realDirect(x);
@@ -61,7 +61,7 @@ public:
             for (const Pair& p : x) re.push_back(p.re);
             return real(re);
         }
-        const RealRow& row = realRow(static_cast<int>(x.size()));
+        const RealRow& row = rowOf(static_cast<int>(x.size()));
         switch (row.method) {
             case RealMethod::Butterfly: return complexButterfly(x);
             case RealMethod::Direct:
@@ -74,6 +74,7 @@ public:
 
 private:
     NodeId zero() { return dag_.zero(); }
+    const RealRow& rowOf(int n) const { return options_.forTransposition ? transposedRealRow(n) : realRow(n); }
 
     // c * x with a trigonometric constant; in double and rounded once for
     // single-precision kernels.

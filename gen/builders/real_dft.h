@@ -20,6 +20,9 @@ struct RealDftOptions {
     // weighted pair sums, and the weighted pair differences) are formed
     // whole in double and rounded once.
     bool wideDirectSums = false;
+    // The DAG is built to be transposed: every length takes its
+    // transposedRealRow (real_dft_table.h).
+    bool forTransposition = false;
 };
 
 // X[k] = sum x[j] exp(-2 pi i j k / n) for k = 0..n/2: re[k] = Re X[k],

@@ -43,6 +43,11 @@ const RealRow& realRow(int n) {
     return row;
 }
 
+const RealRow& transposedRealRow(int n) {
+    static const RealRow kEightTransposed{8, CT, 4, 2};
+    return n == 8 ? kEightTransposed : realRow(n);
+}
+
 const char* realMethodName(RealMethod m) {
     switch (m) {
         case RealMethod::Butterfly: return "butterfly";

@@ -24,6 +24,13 @@ struct RealRow {
 // Rows for n = 2..64.
 const RealRow& realRow(int n);
 
+// The row of a DFT that is built to be transposed (the inverse real DFT):
+// realRow(n) but for 8, which splits 4 x 2 (decimation in time). Its
+// transpose multiplies (R_1 - R_3) and (I_1 + I_3) by cos(pi/4) before the
+// last butterflies; the transpose of the 2 x 4 split would multiply their
+// sum and difference instead. Both take two multiplications.
+const RealRow& transposedRealRow(int n);
+
 const char* realMethodName(RealMethod m);
 
 }  // namespace kfpg::gen

@@ -13,12 +13,11 @@
 #include "evaluate.h"
 #include "family.h"
 #include "real_kernel.h"
+#include "real_layout.h"
 
 namespace kfpg::gen {
 
 namespace {
-
-enum class Layout { CCS, Pack, Perm };
 
 // Constant multiplications of the intended algorithms per length, 2..64 (the
 // scale multiplications not included), printed next to ours.
@@ -37,21 +36,10 @@ struct Kernel {
     bool f32() const { return precision == Precision::F32; }
     std::string type() const { return f32() ? "32f" : "64f"; }
     std::string name() const {
-        static const char* const names[] = {"CCS", "Pack", "Perm"};
-        return std::string("kfpgDFTFwd_RTo") + names[static_cast<int>(layout)] + "_" + std::to_string(n) + "_" + type();
+        return std::string("kfpgDFTFwd_RTo") + layoutName(layout) + "_" + std::to_string(n) + "_" + type();
     }
     // Where R_k (part 0) and I_k (part 1) are stored.
-    int element(int k, int part) const {
-        const bool nyquist = n % 2 == 0 && k == n / 2;
-        if (k == 0 || nyquist) {
-            if (layout == Layout::CCS) return 2 * k;
-            if (k == 0) return 0;
-            return layout == Layout::Pack ? n - 1 : 1;
-        }
-        if (layout == Layout::CCS) return 2 * k + part;
-        const int shift = layout == Layout::Perm && n % 2 == 0 ? 1 : 0;
-        return 2 * k - 1 + part + shift;
-    }
+    int element(int k, int part) const { return packedElement(layout, n, k, part); }
 };
 
 // The half spectrum of n real inputs; outputs recorded in `kernel`'s layout.
@@ -62,7 +50,7 @@ Dag buildKernelDag(const Kernel& k) {
     const HalfSpectrum X = buildRealDft(dag, x, RealDftOptions{k.f32()});
     for (int f = 0; f <= k.n / 2; ++f) {
         dag.output(k.element(f, 0), X.re[f]);
-        if (f > 0 && 2 * f != k.n) dag.output(k.element(f, 1), X.im[f]);
+        if (hasImaginary(k.n, f)) dag.output(k.element(f, 1), X.im[f]);
     }
     return dag;
 }
@@ -78,7 +66,7 @@ void checkAgainstNaiveDft(const Dag& dag, const Kernel& k) {
         Real err = 0, norm = 0;
         for (int f = 0; f <= k.n / 2; ++f) {
             err += std::pow(got[k.element(f, 0)].real() - want[f].real(), 2);
-            if (f > 0 && 2 * f != k.n) err += std::pow(got[k.element(f, 1)].real() - want[f].imag(), 2);
+            if (hasImaginary(k.n, f)) err += std::pow(got[k.element(f, 1)].real() - want[f].imag(), 2);
             norm += std::norm(want[f]);
         }
         if (!(std::sqrt(err / norm) < 1e-15L)) throw std::runtime_error("DAG of " + k.name() + " disagrees with the naive DFT");

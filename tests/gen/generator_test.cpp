@@ -59,6 +59,10 @@ TEST(Simplifier, NeverMultipliesByOneZeroOrMinusOne) {
     EXPECT_EQ(d.node(d.cmul(Complex(2, 0), x)).op, Op::Scale);
     EXPECT_EQ(d.cmul(Complex(0, -1), x), d.mulI(-1, x));
     EXPECT_EQ(d.scale(2, d.scale(3, x)), d.scale(6, x));
+    EXPECT_EQ(d.scale(0.5L, d.scale(2, x)), x);
+    // A kept product is not folded into.
+    const NodeId doubled = d.keptScale(2, y);
+    EXPECT_EQ(d.node(d.scale(0.5L, doubled)).a, doubled);
 }
 
 TEST(Simplifier, FortyFiveDegreeTwiddlesCostTwoMultiplications) {
