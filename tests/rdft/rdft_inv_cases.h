@@ -93,6 +93,14 @@ inline std::vector<Case> allCases() {
     return cases;
 }
 
+// The CCS cases only: the checks of the CCS zeros and of the layouts against each other.
+inline std::vector<Case> ccsCases() {
+    std::vector<Case> cases;
+    for (const Case& c : allCases())
+        if (c.layout == Layout::CCS) cases.push_back(c);
+    return cases;
+}
+
 inline std::string caseName(const ::testing::TestParamInfo<Case>& info) {
     static const char* const names[] = {"CCS", "Pack", "Perm"};
     const Case& c = info.param;
