@@ -47,7 +47,7 @@ Dag buildKernelDag(const Kernel& k) {
     Dag dag(ValueKind::Real, 1, Signs::Separate);
     std::vector<NodeId> x;
     for (int i = 0; i < k.n; ++i) x.push_back(dag.input(i));
-    const HalfSpectrum X = buildRealDft(dag, x, RealDftOptions{k.f32()});
+    const HalfSpectrum X = buildRealDft(dag, x, RealDftOptions{k.f32(), k.f32()});
     for (int f = 0; f <= k.n / 2; ++f) {
         dag.output(k.element(f, 0), X.re[f]);
         if (hasImaginary(k.n, f)) dag.output(k.element(f, 1), X.im[f]);
