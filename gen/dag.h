@@ -90,6 +90,19 @@ public:
     NodeId shuffleHalves(NodeId a, NodeId b, const std::vector<int>& from);
     NodeId narrow(NodeId a);
 
+    // Instances: the nodes created by one of several runs of the same builder
+    // code on different values (the columns of a two-stage transform, say),
+    // as id ranges; the runs of one loop share a group. Lane pairing lines
+    // up neighbouring instances of a group node by node.
+    struct Instance {
+        NodeId begin, end;
+        int group;
+    };
+    int newInstanceGroup() { return groups_++; }
+    NodeId nextId() const { return static_cast<NodeId>(nodes_.size()); }
+    void markInstance(NodeId begin, int group) { instances_.push_back({begin, nextId(), group}); }
+    const std::vector<Instance>& instances() const { return instances_; }
+
     void output(int element, NodeId value);
     void outputLanes(const std::vector<int>& elements, NodeId value);
 
@@ -145,6 +158,8 @@ private:
     std::map<std::vector<int>, int> inputIndex_;
     std::vector<Output> outputs_;
     std::unordered_set<NodeId> kept_;
+    std::vector<Instance> instances_;
+    int groups_ = 0;
 };
 
 // Source lane of lane l in a Shuffle node's arg: log2(lanes) bits per lane,

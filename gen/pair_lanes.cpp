@@ -150,8 +150,46 @@ private:
         }
     }
 
+    // Neighbouring instances of one group whose operations match position by
+    // position are paired node by node (see Dag::Instance).
+    void pairInstances() {
+        std::map<int, std::vector<Dag::Instance>> groups;
+        for (const Dag::Instance& i : s_.instances()) groups[i.group].push_back(i);
+        for (auto& [group, list] : groups)
+            for (std::size_t i = 0; i + 1 < list.size();) {
+                if (!pairInstance(list[i], list[i + 1])) {
+                    ++i;
+                    continue;
+                }
+                i += 2;
+            }
+    }
+
+    bool pairInstance(const Dag::Instance& a, const Dag::Instance& b) {
+        if (a.end - a.begin != b.end - b.begin || a.end - a.begin == 0) return false;
+        for (NodeId k = 0; k < a.end - a.begin; ++k) {
+            const Node &x = node(a.begin + k), &y = node(b.begin + k);
+            if (x.op != y.op || x.wide != y.wide || live_[a.begin + k] != live_[b.begin + k]) return false;
+        }
+        for (NodeId k = 0; k < a.end - a.begin; ++k) {
+            const NodeId u = a.begin + k, v = b.begin + k;
+            const Op op = node(u).op;
+            if (!live_[u] || op == Op::Input || op == Op::Zero || paired(u) || paired(v)) continue;
+            if (effectiveOp(u) != effectiveOp(v)) continue;
+            if (std::max(earliest_[u], earliest_[v]) > std::min(latest_[u], latest_[v])) continue;
+            if (dependsOn(u, v) || dependsOn(v, u)) continue;
+            const int depth = std::max(earliest_[u], earliest_[v]);
+            fixDepth(u, depth);
+            fixDepth(v, depth);
+            partner_[u] = v, partner_[v] = u;
+            lane0_[u] = 1;
+        }
+        return true;
+    }
+
     void choosePartnersFlexibly() {
         initRanges();
+        if (depth_ == Depth::Instances) pairInstances();
         std::vector<NodeId> order;
         for (NodeId id = 0; id < static_cast<NodeId>(s_.nodes().size()); ++id) {
             const Op op = node(id).op;
@@ -184,7 +222,7 @@ private:
 
     void choosePartners() {
         lane0_.assign(s_.nodes().size(), 0);
-        if (depth_ == Depth::Flexible) return choosePartnersFlexibly();
+        if (depth_ == Depth::Flexible || depth_ == Depth::Instances) return choosePartnersFlexibly();
         std::map<int, std::vector<NodeId>> byLevel;
         for (NodeId id = 0; id < static_cast<NodeId>(s_.nodes().size()); ++id) {
             const Op op = node(id).op;

@@ -13,7 +13,9 @@ namespace kfpg::gen {
 // (lines up the last ones), or any two whose ranges of possible depths
 // overlap and that do not depend on each other (each pair then fixes the
 // depth of both, and its neighbours' ranges narrow accordingly).
-enum class Depth { FromInputs, FromOutputs, Flexible };
+// `Instances` first pairs neighbouring instances of the builder's loops
+// (Dag::Instance) node by node, then the rest as `Flexible`.
+enum class Depth { FromInputs, FromOutputs, Flexible, Instances };
 
 // The same computation with every value in one lane of a two-lane value;
 // outputs keep their elements. The scalar DAG must be real and one-lane.

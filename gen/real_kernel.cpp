@@ -83,7 +83,7 @@ EmitResult emitRealKernelBody(const Dag& dag, Precision precision) {
     // order; weighted by measurement).
     EmitResult best;
     long bestCost = 0;
-    for (Depth depth : {Depth::FromInputs, Depth::FromOutputs, Depth::Flexible}) {
+    for (Depth depth : {Depth::FromInputs, Depth::FromOutputs, Depth::Flexible, Depth::Instances}) {
         const Dag paired = pairLanes(dag, depth);
         checkSameOutputs(dag, paired);
         EmitResult r = emitBody(paired, o);

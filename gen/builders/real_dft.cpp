@@ -320,18 +320,24 @@ private:
             return twiddled ? k1 + n1 * k2 : static_cast<int>((k1 * n2 * e1 + k2 * n1 * e2) % n);
         };
         std::vector<Spectrum> columns(n2);
+        const int columnGroup = dag_.newInstanceGroup();
         for (int j2 = 0; j2 < n2; ++j2) {
             std::vector<Pair> in(n1);
             for (int j1 = 0; j1 < n1; ++j1) in[j1] = x[inIndex(j1, j2)];
+            const NodeId begin = dag_.nextId();
             columns[j2] = complex(in);
+            dag_.markInstance(begin, columnGroup);
         }
         Spectrum out(n, Pair{-1, -1});
         const int rows = realValued ? n1 / 2 + 1 : n1;
+        const int rowGroup = dag_.newInstanceGroup();
         for (int k1 = 0; k1 < rows; ++k1) {
             std::vector<Pair> in(n2);
             for (int j2 = 0; j2 < n2; ++j2)
                 in[j2] = twiddled ? twiddle(unitRoot(static_cast<long>(j2) * k1, n, -1), columns[j2][k1]) : columns[j2][k1];
+            const NodeId begin = dag_.nextId();
             const Spectrum z = complex(in);
+            dag_.markInstance(begin, rowGroup);
             for (int k2 = 0; k2 < n2; ++k2) out[outIndex(k1, k2)] = z[k2];
         }
         for (int k = 1; k < n; ++k)
