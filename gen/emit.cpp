@@ -373,7 +373,8 @@ private:
             if (e1 < 0) return "_mm_load_sd(" + addr(e0) + ")";
             return "_mm_loadh_pd(" + std::string(e0 >= 0 ? "_mm_load_sd(" + addr(e0) + ")" : "_mm_setzero_pd()") + ", " + addr(e1) + ")";
         }
-        if (e0 >= 0 && e1 == e0 + 1) return "_mm_castpd_ps(_mm_load_sd((const double*)" + addr(e0) + "))";
+        // Two neighbouring floats: one 8-byte load that needs no more than float alignment.
+        if (e0 >= 0 && e1 == e0 + 1) return "_mm_castsi128_ps(_mm_loadl_epi64((const __m128i*)" + addr(e0) + "))";
         if (e1 < 0) return "_mm_load_ss(" + addr(e0) + ")";
         ++counts_.shuffles;
         return "_mm_unpacklo_ps(" + std::string(e0 >= 0 ? "_mm_load_ss(" + addr(e0) + ")" : "_mm_setzero_ps()") + ", _mm_load_ss(" + addr(e1) + "))";
@@ -437,7 +438,7 @@ private:
             if (e1 >= 0) ++counts_.stores, line("_mm_storeh_pd(" + addr(e1) + ", " + v + ");");
             return;
         }
-        if (e0 >= 0 && e1 == e0 + 1) return ++counts_.stores, line("_mm_store_sd((double*)" + addr(e0) + ", _mm_castps_pd(" + v + "));");
+        if (e0 >= 0 && e1 == e0 + 1) return ++counts_.stores, line("_mm_storel_epi64((__m128i*)" + addr(e0) + ", _mm_castps_si128(" + v + "));");
         if (e0 >= 0) ++counts_.stores, line("_mm_store_ss(" + addr(e0) + ", " + v + ");");
         if (e1 >= 0) ++counts_.stores, ++counts_.shuffles, line("_mm_store_ss(" + addr(e1) + ", _mm_shuffle_ps(" + v + ", " + v + ", 1));");
     }
