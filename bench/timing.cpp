@@ -22,7 +22,8 @@ long calibrate(const Body& body, double batchSeconds) {
 
 }  // namespace
 
-std::vector<double> interleavedMedians(const std::vector<Body>& bodies, int rounds, double batchSeconds) {
+std::vector<double> interleavedMedians(const std::vector<Body>& bodies, int rounds, double batchSeconds,
+                                       bool warmEachRound) {
     std::vector<long> calls;
     for (const Body& b : bodies) {
         calls.push_back(calibrate(b, batchSeconds));
@@ -30,8 +31,10 @@ std::vector<double> interleavedMedians(const std::vector<Body>& bodies, int roun
     }
     std::vector<std::vector<double>> samples(bodies.size());
     for (int r = 0; r < rounds; ++r)
-        for (std::size_t i = 0; i < bodies.size(); ++i)
+        for (std::size_t i = 0; i < bodies.size(); ++i) {
+            if (warmEachRound) bodies[i](1);
             samples[i].push_back(secondsFor(bodies[i], calls[i]) * 1e9 / static_cast<double>(calls[i]));
+        }
     std::vector<double> medians;
     for (auto& s : samples) {
         std::nth_element(s.begin(), s.begin() + s.size() / 2, s.end());
