@@ -12,11 +12,15 @@ using Body = std::function<void(long calls)>;
 // Times every body in interleaved rounds (body 0, body 1, ..., then again),
 // so that a slow spell of the machine hits all of them alike, and returns each
 // body's median nanoseconds per call. Each body is first calibrated to a batch
-// of about `batchSeconds` and warmed up so that its data sits in L1; with
-// `warmEachRound` every timed batch follows an untimed call of its own (for
-// many bodies whose data evict one another's).
+// of about `batchSeconds` and warmed up so that its data sits in L1.
 std::vector<double> interleavedMedians(const std::vector<Body>& bodies, int rounds = 41,
-                                       double batchSeconds = 1e-4, bool warmEachRound = false);
+                                       double batchSeconds = 1e-4);
+
+// As interleavedMedians, but returns each body's fastest batch, and every
+// timed batch follows an untimed call of its own: for many bodies whose data
+// evict one another's, compared on a machine whose other work only ever
+// adds time.
+std::vector<double> interleavedFastest(const std::vector<Body>& bodies, int rounds = 41, double batchSeconds = 1e-4);
 
 // Keeps the compiler from discarding a computed value.
 template <class T>

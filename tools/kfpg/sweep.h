@@ -1,8 +1,10 @@
 // `kfpg sweep [family...]`: every kernel of the families that offer a sweep,
-// timed at every placement of placement.h in interleaved rounds. Prints per
-// kernel the fastest and the slowest placement and their ratio, and for
-// kernels with misaligned placements the best misaligned time over the best
-// aligned one; writes every placement's time to sweep.csv in `folder`.
+// timed at every placement of placement.h in interleaved rounds, taking each
+// placement's fastest round (a placement's cost is fixed; other work on the
+// machine only adds time). Prints per kernel the fastest and the slowest
+// placement and their ratio, and for kernels with misaligned placements the
+// best misaligned time over the best aligned one; writes every placement's
+// time to sweep.csv in `folder`.
 #pragma once
 
 #include <string>
