@@ -45,6 +45,10 @@ Placement shifted(Placement p, int copy) {
     return p;
 }
 
+// Measurement passes at most, and the spread above which another follows.
+constexpr int kPasses = 3;
+constexpr double kRemeasureAbove = 1.1;
+
 int copiesFor(const SweepKernel& k) {
     std::size_t bytes = 0;
     for (const SweepArray& a : k.arrays) bytes += a.bytes;
@@ -77,8 +81,15 @@ int runSweep(const std::vector<std::string>& names, const std::string& folder) {
                 }
                 bodies.push_back(k.body(at));
             }
-            auto ns = bench::interleavedFastest(bodies);
-            for (double& v : ns) v /= copies;
+            // A spread measured once may be a passing disturbance; a placement's
+            // own cost shows again, so kernels with a spread are measured again
+            // and each placement keeps its fastest time.
+            std::vector<double> ns(placements.size(), INFINITY);
+            for (int pass = 0; pass < kPasses && (pass == 0 || spreadOf(placements, ns).ratio(ns) > kRemeasureAbove);
+                 ++pass) {
+                const auto again = bench::interleavedFastest(bodies);
+                for (std::size_t i = 0; i < ns.size(); ++i) ns[i] = std::min(ns[i], again[i] / copies);
+            }
             const Spread s = spreadOf(placements, ns);
             const double misaligned = s.bestMisaligned / s.bestAligned;
             std::printf("%-12s %9.2f  %-32s %9.2f  %-32s %6.2f", k.label.c_str(), ns[s.fastest],
