@@ -47,11 +47,11 @@ template <long Stride, long Columns, class T, class Path>
 inline void finalPass(const T* mid, T* dst, T s) {
     constexpr long period = setPeriod(Stride * static_cast<long>(sizeof(T)));
     const long ahead = distanceModulo(mid, dst, period);
-    if (ahead > 0 && ahead < period / 2) {
-        for (long c = Columns - kLanes<T>; c >= 0; c -= kLanes<T>) Path::column(mid + c, dst + c, s);
-    } else {
-        for (long c = 0; c < Columns; c += kLanes<T>) Path::column(mid + c, dst + c, s);
-    }
+    const bool downward = ahead > 0 && ahead < period / 2;
+    // One loop for both directions keeps one copy of the column code.
+    const long step = downward ? -kLanes<T> : kLanes<T>;
+    long c = downward ? Columns - kLanes<T> : 0;
+    for (long i = 0; i < Columns / kLanes<T>; ++i, c += step) Path::column(mid + c, dst + c, s);
 }
 
 template <int K, class T, class Path>

@@ -70,25 +70,29 @@ int runSweep(const std::vector<std::string>& names, const std::string& folder) {
         std::string worstLabel, worstMisLabel;
         for (const SweepKernel& k : f.sweep()) {
             const auto placements = placementsFor(k.arrays);
+            // A spread measured once may be a passing disturbance, or come from
+            // the physical pages under the arrays (the L2 and the way
+            // predictors see those); a placement's own cost shows again on
+            // fresh pages. So a kernel with a spread is measured again on newly
+            // allocated arrays, and each placement keeps its fastest time.
             const int copies = copiesFor(k);
-            std::vector<PlacedArrays> memory;
-            std::vector<bench::Body> bodies;
-            for (const Placement& p : placements) {
-                PlacedCopies at;
-                for (int c = 0; c < copies; ++c) {
-                    memory.emplace_back(k.arrays, shifted(p, c));
-                    at.push_back(memory.back().at());
-                }
-                bodies.push_back(k.body(at));
-            }
-            // A spread measured once may be a passing disturbance; a placement's
-            // own cost shows again, so kernels with a spread are measured again
-            // and each placement keeps its fastest time.
             std::vector<double> ns(placements.size(), INFINITY);
+            std::vector<PlacedArrays> held;
             for (int pass = 0; pass < kPasses && (pass == 0 || spreadOf(placements, ns).ratio(ns) > kRemeasureAbove);
                  ++pass) {
+                std::vector<PlacedArrays> memory;  // allocated while the last pass's memory is still held
+                std::vector<bench::Body> bodies;
+                for (const Placement& p : placements) {
+                    PlacedCopies at;
+                    for (int c = 0; c < copies; ++c) {
+                        memory.emplace_back(k.arrays, shifted(p, c));
+                        at.push_back(memory.back().at());
+                    }
+                    bodies.push_back(k.body(at));
+                }
                 const auto again = bench::interleavedFastest(bodies);
                 for (std::size_t i = 0; i < ns.size(); ++i) ns[i] = std::min(ns[i], again[i] / copies);
+                held = std::move(memory);
             }
             const Spread s = spreadOf(placements, ns);
             const double misaligned = s.bestMisaligned / s.bestAligned;
