@@ -35,9 +35,9 @@ Spread spreadOf(const std::vector<Placement>& placements, const std::vector<doub
 // each placement; larger ones take longer than a store takes to retire.
 constexpr std::size_t kSmallKernelBytes = 8192;
 
-// Each copy moves all its arrays this many bytes further into the page:
-// the placement within a copy stays, while no array of one copy shares a
-// 4 KB alias with the arrays of the next at any offset of the spread.
+// Each copy moves all its arrays this many bytes further into the page: the
+// placement within a copy stays, and one copy's arrays sit 640 bytes from
+// the next copy's, away from the offsets of the spread.
 constexpr std::size_t kCopyShift = 640;
 
 Placement shifted(Placement p, int copy) {
