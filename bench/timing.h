@@ -16,6 +16,12 @@ using Body = std::function<void(long calls)>;
 std::vector<double> interleavedMedians(const std::vector<Body>& bodies, int rounds = 41,
                                        double batchSeconds = 1e-4);
 
+// As interleavedMedians, but returns each body's fastest batch, and every
+// timed batch follows an untimed call of its own: for many bodies whose data
+// evict one another's, compared on a machine whose other work only ever
+// adds time.
+std::vector<double> interleavedFastest(const std::vector<Body>& bodies, int rounds = 41, double batchSeconds = 1e-4);
+
 // Keeps the compiler from discarding a computed value.
 template <class T>
 inline void keep(T const& value) {

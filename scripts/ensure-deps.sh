@@ -2,7 +2,7 @@
 # Installs the Debian packages the build, tests and benchmarks need, only
 # when something is missing (apt-get update first, as the lists may be stale).
 set -euo pipefail
-needed=(cmake ninja-build g++ pkg-config libgtest-dev googletest libfftw3-dev binutils)
+needed=(cmake ninja-build g++ pkg-config libgtest-dev googletest libfftw3-dev binutils python3-matplotlib)
 missing=()
 for pkg in "${needed[@]}"; do
   dpkg-query -W -f='${Status}' "$pkg" 2>/dev/null | grep -q 'install ok installed' || missing+=("$pkg")

@@ -122,11 +122,16 @@ std::string kernelCode(const Kernel& k, const Dag& dag, OpCounts& counts) {
     const Schedule order = schedule(k, instructions);
     const EmitResult aligned = emitBody(dag, emitOptions(k, !k.scalar(), order));
     counts = aligned.counts;
-    std::string attributes;
+    std::string options;
     if (preSchedule(k, counts.total()))
-        attributes = "__attribute__((optimize(\"schedule-insns\", \"sched-pressure\"))) ";
+        options = "\"schedule-insns\", \"sched-pressure\"";
     else if (blockedDirectSums(k.n))
-        attributes = "__attribute__((optimize(\"no-tree-ter\"))) ";
+        options = "\"no-tree-ter\"";
+    // Two paths in one function: the compiler would otherwise share their
+    // tails, and the unaligned path of these few-cycle kernels pays a jump
+    // into it.
+    if (!k.hasTwin() && k.hasAlignmentTest()) options += std::string(options.empty() ? "" : ", ") + "\"no-crossjumping\"";
+    const std::string attributes = options.empty() ? "" : "__attribute__((optimize(" + options + "))) ";
     const std::string misaligned =
         "    if ((reinterpret_cast<std::uintptr_t>(pSrc) | reinterpret_cast<std::uintptr_t>(pDst)) & 15)";
     std::string code;

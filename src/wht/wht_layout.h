@@ -29,13 +29,15 @@ constexpr Passes passesFor(int order) {
 }
 
 // Work-buffer bytes of an order: the N intermediate elements, and for a
-// three-pass order one super-block of scratch after them; 0 below order 8.
+// three-pass order one super-block of room after them, into which the
+// intermediate array moves when pDst would share its cache sets (see
+// wht_blocked.h); 0 below order 8.
 template <class T>
 constexpr int bufferBytes(int order) {
     if (order <= kMaxLineOrder) return 0;
     const Passes p = passesFor<T>(order);
-    const int scratch = p.cross ? 1 << (p.row + p.cross) : 0;
-    return ((1 << order) + scratch) * static_cast<int>(sizeof(T));
+    const int room = p.cross ? 1 << (p.row + p.cross) : 0;
+    return ((1 << order) + room) * static_cast<int>(sizeof(T));
 }
 
 static_assert(bufferBytes<float>(8) == 0x400 && bufferBytes<float>(11) == 0x2000);

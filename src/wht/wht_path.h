@@ -12,7 +12,8 @@
 //     unscaled WHT of one row of src into the aligned row dst.
 //   static void cross(const T* src, T* dst);            three-pass orders
 //     unscaled 2^cross-point WHT across the rows of a super-block for one
-//     vector of columns: element i at src + i * 2^row, aligned, to dst.
+//     vector of columns: element i at src + i * 2^row, aligned, to dst
+//     (which is src: every element is read before the first store).
 //   static void column(const T* src, T* dst, T s);
 //     the final 2^last-point WHT for one vector of columns across the rows
 //     (two-pass) or super-blocks (three-pass), read aligned from the buffer

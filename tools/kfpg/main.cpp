@@ -1,5 +1,8 @@
 // kfpg: `kfpg check [family...]` runs every kernel against the long-double
-// reference; `kfpg bench [family...]` times kernels next to their peer.
+// reference; `kfpg bench [--out DIR] [family...]` times kernels next to their
+// peer and writes the table also to DIR/bench.csv; `kfpg sweep [--out DIR]
+// [family...]` times kernels at many placements of their arrays (sweep.h).
+// Without --out, DIR is a new folder under results/.
 #include <sched.h>
 
 #include <algorithm>
@@ -11,6 +14,8 @@
 
 #include "kfpgen.h"
 #include "registry.h"
+#include "results.h"
+#include "sweep.h"
 
 namespace {
 
@@ -44,8 +49,19 @@ void pinToOneCore() {
     sched_setaffinity(0, sizeof set, &set);
 }
 
-int runBench(const std::vector<std::string>& names) {
-    pinToOneCore();
+// The peer's vector level: BenchRow::peerVector, or else a note of the
+// form "FFTW <level>".
+std::string peerVectorOf(const kfpg::tool::BenchRow& row) {
+    if (!row.peerVector.empty()) return row.peerVector;
+    const std::string prefix = "FFTW ";
+    const bool named = row.note.compare(0, prefix.size(), prefix) == 0 && row.note.find(' ', prefix.size()) == std::string::npos;
+    return named ? row.note.substr(prefix.size()) : std::string();
+}
+
+int runBench(const std::vector<std::string>& names, const std::string& folder) {
+    using kfpg::tool::csvNumber;
+    kfpg::tool::CsvFile csv(folder + "/bench.csv", {"family", "precision", "case", "peer", "ours_ns", "peer_ns", "ratio",
+                                                     "ours_error", "peer_error", "peer_vector", "note"});
     for (const Family& f : kfpg::tool::families()) {
         if (!selected(f, names) || !f.bench) continue;
         std::printf("\n%s %s  (ns per call, median of interleaved rounds; ratio = %s / ours)\n", f.name.c_str(),
@@ -57,8 +73,11 @@ int runBench(const std::vector<std::string>& names) {
         std::string worstLabel;
         for (const auto& row : f.bench()) {
             const double ratio = row.peerNs / row.oursNs;
+            const std::string note = row.peerVector.empty() ? row.note : "FFTW " + row.peerVector + (row.note.empty() ? "" : "  " + row.note);
             std::printf("%-18s %10.2f %10.2f %8.2f %12.3g %12.3g  %s\n", row.label.c_str(), row.oursNs, row.peerNs,
-                        ratio, row.oursError, row.peerError, row.note.c_str());
+                        ratio, row.oursError, row.peerError, note.c_str());
+            csv.row({f.name, f.precision, row.label, f.peer, csvNumber(row.oursNs), csvNumber(row.peerNs),
+                     csvNumber(ratio), csvNumber(row.oursError), csvNumber(row.peerError), peerVectorOf(row), row.note});
             if (std::isfinite(ratio) && ratio > 0) {
                 logSum += std::log(ratio);
                 ++counted;
@@ -71,14 +90,22 @@ int runBench(const std::vector<std::string>& names) {
         else
             std::printf("no peer timings (peer not available in this build)\n");
     }
-    return 0;
+    std::printf("\nbench results: %s/bench.csv\n", folder.c_str());
+    return csv.ok() ? 0 : 1;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
     const std::string command = argc > 1 ? argv[1] : "";
-    const std::vector<std::string> names(argv + std::min(argc, 2), argv + argc);
+    std::vector<std::string> names;
+    std::string out;
+    for (int i = 2; i < argc; ++i) {
+        if (std::strcmp(argv[i], "--out") == 0 && i + 1 < argc)
+            out = argv[++i];
+        else
+            names.push_back(argv[i]);
+    }
     std::printf("%s %s (%s)\n", kfpgenGetLibVersion()->name, kfpgenGetLibVersion()->version,
 #ifdef KFPG_HAVE_FFTW
                 "FFTW peer built in"
@@ -87,7 +114,15 @@ int main(int argc, char** argv) {
 #endif
     );
     if (command == "check") return runCheck(names);
-    if (command == "bench") return runBench(names);
-    std::fprintf(stderr, "usage: kfpg check|bench [family...]\n");
+    if (command == "bench" || command == "sweep") {
+        const std::string folder = kfpg::tool::makeResultsFolder(out, command);
+        if (folder.empty()) {
+            std::fprintf(stderr, "kfpg: cannot create the results folder %s\n", out.c_str());
+            return 1;
+        }
+        pinToOneCore();
+        return command == "bench" ? runBench(names, folder) : kfpg::tool::runSweep(names, folder);
+    }
+    std::fprintf(stderr, "usage: kfpg check [family...] | bench|sweep [--out DIR] [family...]\n");
     return 2;
 }

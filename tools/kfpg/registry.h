@@ -4,9 +4,12 @@
 #pragma once
 
 #include <cmath>
+#include <cstddef>
 #include <functional>
 #include <string>
 #include <vector>
+
+#include "timing.h"
 
 namespace kfpg::tool {
 
@@ -28,7 +31,43 @@ struct BenchRow {
     double oursError = NAN;   // optional accuracy columns (relative L2, see above)
     double peerError = NAN;
     std::string note;         // optional text printed after the columns
+    std::string peerVector;   // the widest vector code in FFTW's plan ("sse2", "avx", ...), if the peer is FFTW
 };
+
+// One array of a kernel, for the placement sweep.
+struct SweepArray {
+    std::size_t bytes;
+    // Misaligned placements move the source and the destination this many
+    // bytes off a 16-byte boundary (0: no misaligned placements). Further
+    // arrays always stay 16-byte aligned.
+    std::size_t misalignBy;
+};
+
+// The arrays of one placement, as many copies as the sweep times together.
+using PlacedCopies = std::vector<std::vector<unsigned char*>>;
+
+// A kernel that `kfpg sweep` times at many placements of its arrays
+// relative to one another.
+struct SweepKernel {
+    std::string label;               // e.g. "order 13"
+    std::vector<SweepArray> arrays;  // source, destination, then any others (work buffer, plan block)
+    // Sets the kernel up on every copy of the arrays (the destination equals
+    // the source in place) and returns a body made with onEveryCopy.
+    // Timings are divided by the number of copies.
+    std::function<bench::Body(const PlacedCopies& copies)> body;
+};
+
+// A body whose one call runs `call(setup)` for every copy's setup in turn:
+// copies at the same placement keep an in-place call from waiting for the
+// stores of the call before it.
+template <class Setup, class Call>
+bench::Body onEveryCopy(std::vector<Setup> setups, Call call) {
+    return [setups, call](long calls) {
+        for (long i = 0; i < calls; ++i)
+            for (const Setup& s : setups) call(s);
+        bench::keep(setups);
+    };
+}
 
 struct Family {
     std::string name;         // "cdft", "wht", ...
@@ -36,6 +75,7 @@ struct Family {
     std::string peer;         // what the peer column is, e.g. "FFTW (patient)"
     std::function<CheckSummary()> check;
     std::function<std::vector<BenchRow>()> bench;
+    std::function<std::vector<SweepKernel>()> sweep;  // optional
 };
 
 bool addFamily(Family family);

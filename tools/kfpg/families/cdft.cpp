@@ -209,7 +209,7 @@ std::vector<BenchRow> bench(bool inverse) {
         row.oursNs = ns[0];
 #ifdef KFPG_HAVE_FFTW
         row.peerNs = ns[1];
-        row.note = "FFTW " + vectorCode<C>(plan);
+        row.peerVector = vectorCode<C>(plan);
         F::destroy(plan);
         for (C* p : {in, out, peerIn, peerOut}) F::release(p);
 #endif
@@ -218,12 +218,39 @@ std::vector<BenchRow> bench(bool inverse) {
     return rows;
 }
 
+// Every length at the sweep's placements of source and destination.
+template <class C>
+std::vector<kfpg::tool::SweepKernel> sweep(bool inverse) {
+    std::vector<kfpg::tool::SweepKernel> kernels;
+    for (int n = 2; n <= 64; ++n) {
+        const auto kernel = Traits<C>::sized(n, inverse);
+        const std::size_t bytes = n * sizeof(C);
+        kernels.push_back({"N=" + std::to_string(n) + (inverse ? " inv" : " fwd"), {{bytes, 8}, {bytes, 8}},
+                           [=](const kfpg::tool::PlacedCopies& copies) {
+                               const auto x = randomInput<C>(n, 5u + n);
+                               std::vector<std::pair<C*, C*>> arrays;
+                               for (const auto& at : copies) {
+                                   arrays.push_back({reinterpret_cast<C*>(at[0]), reinterpret_cast<C*>(at[1])});
+                                   std::memcpy(at[0], x.data(), bytes);
+                               }
+                               return kfpg::tool::onEveryCopy(arrays, [=](const std::pair<C*, C*>& a) {
+                                   kernel(a.first, a.second, ScaleNone);
+                               });
+                           }});
+    }
+    return kernels;
+}
+
 const char* const kPeer = "FFTW (patient, new-array execute)";
 
-const bool registered32 = kfpg::tool::addFamily({"cdft", "32fc", kPeer, check<kfp32fc>, [] { return bench<kfp32fc>(false); }});
-const bool registered64 = kfpg::tool::addFamily({"cdft", "64fc", kPeer, check<kfp64fc>, [] { return bench<kfp64fc>(false); }});
+const bool registered32 = kfpg::tool::addFamily({"cdft", "32fc", kPeer, check<kfp32fc>, [] { return bench<kfp32fc>(false); },
+                                                 [] { return sweep<kfp32fc>(false); }});
+const bool registered64 = kfpg::tool::addFamily({"cdft", "64fc", kPeer, check<kfp64fc>, [] { return bench<kfp64fc>(false); },
+                                                 [] { return sweep<kfp64fc>(false); }});
 // The inverse kernels, also alone: `kfpg bench cdft-inv`.
-const bool registeredInv32 = kfpg::tool::addFamily({"cdft-inv", "32fc", kPeer, nullptr, [] { return bench<kfp32fc>(true); }});
-const bool registeredInv64 = kfpg::tool::addFamily({"cdft-inv", "64fc", kPeer, nullptr, [] { return bench<kfp64fc>(true); }});
+const bool registeredInv32 = kfpg::tool::addFamily({"cdft-inv", "32fc", kPeer, nullptr, [] { return bench<kfp32fc>(true); },
+                                                    [] { return sweep<kfp32fc>(true); }});
+const bool registeredInv64 = kfpg::tool::addFamily({"cdft-inv", "64fc", kPeer, nullptr, [] { return bench<kfp64fc>(true); },
+                                                    [] { return sweep<kfp64fc>(true); }});
 
 }  // namespace

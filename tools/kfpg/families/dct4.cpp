@@ -28,6 +28,8 @@ struct Api;
 template <>
 struct Api<float> {
     using Spec = DCT4Spec_32f;
+    static KfpStatus getSize(int n, int* bytes) { return kfpgDCT4GetSize_32f(n, bytes); }
+    static KfpStatus init(Spec** s, int n, unsigned char* block) { return kfpgDCT4Init_32f(s, n, block); }
     static KfpStatus initAlloc(Spec** s, int n) { return kfpgDCT4InitAlloc_32f(s, n); }
     static KfpStatus run(const float* x, float* y, const Spec* s) { return kfpgDCT4_32f(x, y, s); }
     static KfpStatus release(Spec* s) { return kfpgDCT4Free_32f(s); }
@@ -35,6 +37,8 @@ struct Api<float> {
 template <>
 struct Api<double> {
     using Spec = DCT4Spec_64f;
+    static KfpStatus getSize(int n, int* bytes) { return kfpgDCT4GetSize_64f(n, bytes); }
+    static KfpStatus init(Spec** s, int n, unsigned char* block) { return kfpgDCT4Init_64f(s, n, block); }
     static KfpStatus initAlloc(Spec** s, int n) { return kfpgDCT4InitAlloc_64f(s, n); }
     static KfpStatus run(const double* x, double* y, const Spec* s) { return kfpgDCT4_64f(x, y, s); }
     static KfpStatus release(Spec* s) { return kfpgDCT4Free_64f(s); }
@@ -175,8 +179,36 @@ std::vector<BenchRow> bench() {
     return rows;
 }
 
+// Every power of two at the sweep's placements of source, destination and
+// the plan's block (which holds the work array between the two stages).
+template <class T>
+std::vector<kfpg::tool::SweepKernel> sweep() {
+    std::vector<kfpg::tool::SweepKernel> kernels;
+    for (int n = 2; n <= 65536; n *= 2) {
+        int blockBytes = 0;
+        Api<T>::getSize(n, &blockBytes);
+        const std::size_t bytes = n * sizeof(T);
+        kernels.push_back({"N=" + std::to_string(n), {{bytes, sizeof(T)}, {bytes, sizeof(T)}, {std::size_t(blockBytes), 0}},
+                           [=](const kfpg::tool::PlacedCopies& copies) {
+                               const auto x = kfpg::ref::randomReals(n, 77u + n);
+                               struct Arrays {
+                                   T *src, *dst;
+                                   typename Api<T>::Spec* spec;
+                               };
+                               std::vector<Arrays> setups;
+                               for (const auto& at : copies) {
+                                   setups.push_back({reinterpret_cast<T*>(at[0]), reinterpret_cast<T*>(at[1]), nullptr});
+                                   Api<T>::init(&setups.back().spec, n, at[2]);
+                                   for (int i = 0; i < n; ++i) setups.back().src[i] = static_cast<T>(x[i]);
+                               }
+                               return kfpg::tool::onEveryCopy(setups, [](const Arrays& a) { Api<T>::run(a.src, a.dst, a.spec); });
+                           }});
+    }
+    return kernels;
+}
+
 const char* kPeer = "FFTW REDFT11 patient";
-const bool registered32 = kfpg::tool::addFamily({"dct4", "32f", kPeer, check<float>, bench<float>});
-const bool registered64 = kfpg::tool::addFamily({"dct4", "64f", kPeer, check<double>, bench<double>});
+const bool registered32 = kfpg::tool::addFamily({"dct4", "32f", kPeer, check<float>, bench<float>, sweep<float>});
+const bool registered64 = kfpg::tool::addFamily({"dct4", "64f", kPeer, check<double>, bench<double>, sweep<double>});
 
 }  // namespace

@@ -137,9 +137,38 @@ std::vector<BenchRow> bench() {
     return rows;
 }
 
+// Every order at the sweep's placements of source, destination and work
+// buffer (orders 1..7 have no buffer).
+template <class T>
+std::vector<SweepKernel> sweep() {
+    std::vector<SweepKernel> kernels;
+    for (int order = 1; order <= 13; ++order) {
+        const long n = 1L << order;
+        const auto run = kernel(order, static_cast<T*>(nullptr));
+        const std::size_t bytes = n * sizeof(T);
+        std::vector<SweepArray> arrays{{bytes, sizeof(T)}, {bytes, sizeof(T)}};
+        if (const int buffer = bufferBytes(order, static_cast<T*>(nullptr))) arrays.push_back({std::size_t(buffer), 0});
+        kernels.push_back({"order " + std::to_string(order), arrays, [=](const PlacedCopies& copies) {
+                               const auto x = kfpg::ref::randomReals(n, 77u + order);
+                               struct Arrays {
+                                   T *src, *dst;
+                                   unsigned char* buffer;
+                               };
+                               std::vector<Arrays> setups;
+                               for (const auto& at : copies) {
+                                   setups.push_back({reinterpret_cast<T*>(at[0]), reinterpret_cast<T*>(at[1]),
+                                                     at.size() > 2 ? at[2] : nullptr});
+                                   for (long i = 0; i < n; ++i) setups.back().src[i] = static_cast<T>(x[i]);
+                               }
+                               return onEveryCopy(setups, [=](const Arrays& a) { run(a.src, a.dst, ScaleNone, a.buffer); });
+                           }});
+    }
+    return kernels;
+}
+
 const char kPeer[] = "textbook radix-2 loop (-O3, x86-64)";
 
-const bool registered32f = addFamily({"wht", "32f", kPeer, check<kfp32f>, bench<kfp32f>});
-const bool registered64f = addFamily({"wht", "64f", kPeer, check<kfp64f>, bench<kfp64f>});
+const bool registered32f = addFamily({"wht", "32f", kPeer, check<kfp32f>, bench<kfp32f>, sweep<kfp32f>});
+const bool registered64f = addFamily({"wht", "64f", kPeer, check<kfp64f>, bench<kfp64f>, sweep<kfp64f>});
 
 }  // namespace
