@@ -12,6 +12,7 @@
 
 #include "kfpgen.h"
 #include "reference.h"
+#include "fftw_vector.h"
 #include "registry.h"
 #include "timing.h"
 
@@ -147,18 +148,6 @@ struct Fftw<kfp64fc> {
     static char* text(Plan p) { return fftw_sprint_plan(p); }
 };
 
-// The widest vector code in a plan, from its codelet names ("n2fv_8_avx",
-// "n1fv_7_sse2", ...): 256-bit codelets hold twice the values per vector
-// that our 128-bit kernels do, which the ratio column should be read with.
-template <class C>
-std::string vectorCode(typename Fftw<C>::Plan plan) {
-    char* text = Fftw<C>::text(plan);
-    const std::string plain(text ? text : "");
-    std::free(text);
-    for (const char* isa : {"avx512", "avx2", "avx", "sse2"})
-        if (plain.find(std::string("_") + isa + "\"") != std::string::npos) return isa;
-    return "scalar";
-}
 #endif
 
 template <class C>
@@ -209,7 +198,7 @@ std::vector<BenchRow> bench(bool inverse) {
         row.oursNs = ns[0];
 #ifdef KFPG_HAVE_FFTW
         row.peerNs = ns[1];
-        row.peerVector = vectorCode<C>(plan);
+        row.peerVector = kfpg::tool::widestVectorCode(Fftw<C>::text(plan));
         F::destroy(plan);
         for (C* p : {in, out, peerIn, peerOut}) F::release(p);
 #endif

@@ -13,6 +13,7 @@
 
 #include "kfpgen.h"
 #include "reference.h"
+#include "fftw_vector.h"
 #include "registry.h"
 #include "timing.h"
 
@@ -118,17 +119,6 @@ struct Fftw<double> {
     static char* text(Plan p) { return fftw_sprint_plan(p); }
 };
 
-// The widest vector code in a plan, from its codelet names: 256-bit codelets
-// hold twice the values per vector that our 128-bit kernels do.
-template <class T>
-std::string vectorCode(typename Fftw<T>::Plan plan) {
-    char* text = Fftw<T>::text(plan);
-    const std::string plain(text ? text : "");
-    std::free(text);
-    for (const char* isa : {"avx512", "avx2", "avx", "sse2"})
-        if (plain.find(std::string("_") + isa + "\"") != std::string::npos) return isa;
-    return "scalar";
-}
 #endif
 
 template <class T>
@@ -179,7 +169,7 @@ std::vector<BenchRow> bench() {
         row.oursNs = ns[0];
 #ifdef KFPG_HAVE_FFTW
         row.peerNs = ns[1];
-        row.note = "FFTW " + vectorCode<T>(plan);
+        row.peerVector = kfpg::tool::widestVectorCode(Fftw<T>::text(plan));
         F::destroy(plan);
         for (T* p : {in, out, peerIn, peerOut}) F::release(p);
 #endif

@@ -13,6 +13,7 @@
 
 #include "kfpgen.h"
 #include "reference.h"
+#include "fftw_vector.h"
 #include "registry.h"
 #include "timing.h"
 
@@ -140,16 +141,6 @@ struct Fftw<double> {
     static char* text(Plan p) { return fftw_sprint_plan(p); }
 };
 
-// The widest vector code in a plan, from its codelet names.
-template <class T>
-std::string vectorCode(typename Fftw<T>::Plan plan) {
-    char* text = Fftw<T>::text(plan);
-    const std::string plain(text ? text : "");
-    std::free(text);
-    for (const char* isa : {"avx512", "avx2", "avx", "sse2"})
-        if (plain.find(std::string("_") + isa + "\"") != std::string::npos) return isa;
-    return "scalar";
-}
 #endif
 
 template <class T>
@@ -204,7 +195,7 @@ std::vector<BenchRow> bench() {
         row.note = note;
 #ifdef KFPG_HAVE_FFTW
         row.peerNs = ns[3];
-        row.note += "  FFTW " + vectorCode<T>(plan);
+        row.peerVector = kfpg::tool::widestVectorCode(Fftw<T>::text(plan));
         F::destroy(plan);
 #endif
         for (T* p : arrays) std::free(p);

@@ -15,6 +15,7 @@
 
 #include "kfpgen.h"
 #include "reference.h"
+#include "fftw_vector.h"
 #include "registry.h"
 #include "timing.h"
 
@@ -155,16 +156,6 @@ struct Fftw<double> {
     static char* text(Plan p) { return fftw_sprint_plan(p); }
 };
 
-// The widest vector code among the plan's codelets (see cdft.cpp).
-template <class T>
-std::string vectorCode(typename Fftw<T>::Plan plan) {
-    char* text = Fftw<T>::text(plan);
-    const std::string plain(text ? text : "");
-    std::free(text);
-    for (const char* isa : {"avx512", "avx2", "avx", "sse2"})
-        if (plain.find(std::string("_") + isa + "\"") != std::string::npos) return isa;
-    return "scalar";
-}
 #endif
 
 template <class T>
@@ -217,7 +208,7 @@ std::vector<BenchRow> bench() {
         row.note = note;
 #ifdef KFPG_HAVE_FFTW
         row.peerNs = ns[3];
-        row.note += "; FFTW " + vectorCode<T>(plan);
+        row.peerVector = kfpg::tool::widestVectorCode(Fftw<T>::text(plan));
         F::destroy(plan);
         F::release(peerIn);
         F::release(peerOut);
