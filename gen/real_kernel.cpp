@@ -11,9 +11,6 @@ namespace kfpg::gen {
 
 namespace {
 
-// Excess live values (summed over the order) that cost about one instruction.
-constexpr long kExcessPerInstruction = 8;
-
 int elementCount(const Dag& dag, bool outputs) {
     int count = 0;
     if (outputs)
@@ -39,36 +36,6 @@ void checkSameOutputs(const Dag& scalar, const Dag& paired) {
             throw std::runtime_error("paired lanes disagree with the scalar DAG at output " + std::to_string(e));
 }
 
-// Values held at once, beyond the sixteen vector registers, summed over the
-// creation order the emitter follows: an estimate of the spill traffic.
-long excessLiveValues(const Dag& dag) {
-    const std::size_t count = dag.nodes().size();
-    std::vector<NodeId> lastUse(count, -1);
-    std::vector<char> live(count, 0);
-    for (const Output& o : dag.outputs()) live[o.value] = 1, lastUse[o.value] = static_cast<NodeId>(count);
-    for (NodeId id = static_cast<NodeId>(count) - 1; id >= 0; --id) {
-        if (!live[id]) continue;
-        const Node& n = dag.node(id);
-        for (NodeId x : {n.a, n.b})
-            if (x >= 0) live[x] = 1, lastUse[x] = std::max(lastUse[x], id);
-    }
-    // Outputs are stored once every input is loaded.
-    NodeId lastLoad = 0;
-    for (NodeId id = 0; id < static_cast<NodeId>(count); ++id)
-        if (live[id] && dag.node(id).op == Op::Input) lastLoad = id;
-    std::vector<int> ending(count + 1, 0);
-    for (NodeId id = 0; id < static_cast<NodeId>(count); ++id)
-        if (live[id]) ++ending[std::min<std::size_t>(count, std::max(lastUse[id], lastLoad))];
-    long excess = 0;
-    int held = 0;
-    for (NodeId id = 0; id < static_cast<NodeId>(count); ++id) {
-        held += live[id];
-        excess += std::max(0, held - 16);
-        held -= ending[id];
-    }
-    return excess;
-}
-
 }  // namespace
 
 EmitResult emitRealKernelBody(const Dag& dag, Precision precision) {
@@ -78,17 +45,13 @@ EmitResult emitRealKernelBody(const Dag& dag, Precision precision) {
     o.load = [](int i) { return "pSrc + " + std::to_string(i); };
     o.store = [](int i) { return "pDst + " + std::to_string(i); };
     o.scaleVar = "sc";
-    // The pairing that costs least: its instructions, and the values it
-    // holds beyond the registers (a spill and a reload each, spread over the
-    // order; weighted by measurement).
+    // The pairing that emits the fewest instructions.
     EmitResult best;
-    long bestCost = 0;
     for (Depth depth : {Depth::FromInputs, Depth::FromOutputs, Depth::Flexible, Depth::Instances}) {
         const Dag paired = pairLanes(dag, depth);
         checkSameOutputs(dag, paired);
         EmitResult r = emitBody(paired, o);
-        const long cost = r.counts.total() + excessLiveValues(paired) / kExcessPerInstruction;
-        if (best.body.empty() || cost < bestCost) best = std::move(r), bestCost = cost;
+        if (best.body.empty() || r.counts.total() < best.counts.total()) best = std::move(r);
     }
     return best;
 }

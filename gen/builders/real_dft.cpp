@@ -1,5 +1,6 @@
 #include "real_dft.h"
 
+#include <algorithm>
 #include <memory>
 #include <stdexcept>
 
@@ -32,6 +33,10 @@ long inverseMod(long a, long mod) {
         if (a * x % mod == 1) return x;
     throw std::logic_error("no inverse");
 }
+
+// Direct sums of at least this many terms are built in blocks of rows.
+constexpr int kBlockedSumsFrom = 16;
+constexpr int kRowsPerBlock = 8;
 
 class Builder {
 public:
@@ -144,20 +149,16 @@ private:
         Spectrum out(n);
         out[0] = {chain(total), zero()};
         const bool wideSums = options_.wideProducts && options_.wideDirectSums;
+        std::vector<NodeId> re, im;
+        {
+            std::unique_ptr<Dag::WideScope> scope(wideSums ? new Dag::WideScope(dag_) : nullptr);
+            auto product = [&](Real c, NodeId v) { return wideSums ? dag_.scale(c, v) : mul(c, v); };
+            auto w = [&](int k, int j) { return unitRoot(static_cast<long>(j) * k, n, 1); };
+            re = rowSums(m, m, [&](int) { return x[0]; }, [&](int k, int j) { return product(w(k, j).real(), s[j]); });
+            im = rowSums(m, m, [](int) { return -1; }, [&](int k, int j) { return product(w(k, j).imag(), d[j]); });
+        }
         for (int k = 1; k <= m; ++k) {
-            NodeId re, im;
-            {
-                std::unique_ptr<Dag::WideScope> scope(wideSums ? new Dag::WideScope(dag_) : nullptr);
-                std::vector<NodeId> reTerms{x[0]}, imTerms;
-                for (int j = 1; j <= m; ++j) {
-                    const Complex w = unitRoot(static_cast<long>(j) * k, n, 1);
-                    reTerms.push_back(wideSums ? dag_.scale(w.real(), s[j]) : mul(w.real(), s[j]));
-                    imTerms.push_back(wideSums ? dag_.scale(w.imag(), d[j]) : mul(w.imag(), d[j]));
-                }
-                re = chain(reTerms);
-                im = chain(imTerms);
-            }
-            out[k] = {dag_.narrow(re), dag_.neg(dag_.narrow(im))};
+            out[k] = {dag_.narrow(re[k - 1]), dag_.neg(dag_.narrow(im[k - 1]))};
             out[n - k] = conj(out[k]);
         }
         return out;
@@ -266,6 +267,26 @@ private:
             products[2 * k] = y.re, products[2 * k + 1] = y.im;
         }
         return transposeInto(dag_, alone, products, m);
+    }
+
+    // Rows k = 1..rows of left-to-right sums first(k) + term(k, 1) + ... +
+    // term(k, terms) (first -1: none). Long sums are created in blocks of
+    // rows advanced term by term, which keeps few values live at once; the
+    // sums themselves are the same.
+    template <class First, class Term>
+    std::vector<NodeId> rowSums(int rows, int terms, First first, Term term) {
+        const int block = terms >= kBlockedSumsFrom ? kRowsPerBlock : rows;
+        std::vector<NodeId> sums(rows);
+        for (int k0 = 1; k0 <= rows; k0 += block) {
+            const int k1 = std::min(rows + 1, k0 + block);
+            for (int k = k0; k < k1; ++k) {
+                const NodeId f = first(k);
+                sums[k - 1] = f < 0 ? term(k, 1) : dag_.add(f, term(k, 1));
+            }
+            for (int j = 2; j <= terms; ++j)
+                for (int k = k0; k < k1; ++k) sums[k - 1] = dag_.add(sums[k - 1], term(k, j));
+        }
+        return sums;
     }
 
     Spectrum complexButterfly(const std::vector<Pair>& x) {
