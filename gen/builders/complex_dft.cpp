@@ -14,20 +14,6 @@ namespace {
 
 using Signal = std::vector<Slot>;
 
-long powMod(long base, long exp, long mod) {
-    long r = 1;
-    base %= mod;
-    for (; exp > 0; exp >>= 1, base = base * base % mod)
-        if (exp & 1) r = r * base % mod;
-    return r;
-}
-
-long inverseMod(long a, long mod) {
-    for (long x = 1; x < mod; ++x)
-        if (a * x % mod == 1) return x;
-    throw std::logic_error("no inverse");
-}
-
 // `group` (G) is how many slots share one value: 1 when every lane of a
 // value is an independent transform, 2 when one transform is spread over
 // the two lanes of a two-lane DAG.

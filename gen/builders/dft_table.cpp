@@ -59,6 +59,19 @@ const char* algorithmName(DftAlgorithm a) {
     return "?";
 }
 
+long powMod(long base, long exp, long mod) {
+    long r = 1;
+    for (base %= mod; exp > 0; exp >>= 1, base = base * base % mod)
+        if (exp & 1) r = r * base % mod;
+    return r;
+}
+
+long inverseMod(long a, long mod) {
+    for (long x = 1; x < mod; ++x)
+        if (a * x % mod == 1) return x;
+    throw std::logic_error("no inverse");
+}
+
 int primitiveRoot(int p) {
     for (int g = 2; g < p; ++g) {
         long v = 1;

@@ -28,4 +28,8 @@ const char* algorithmName(DftAlgorithm a);
 // Smallest primitive root modulo the prime p.
 int primitiveRoot(int p);
 
+// Modular arithmetic of the index maps: base^exp mod m, and the inverse of a mod m.
+long powMod(long base, long exp, long mod);
+long inverseMod(long a, long mod);
+
 }  // namespace kfpg::gen

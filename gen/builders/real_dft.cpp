@@ -21,19 +21,6 @@ struct Pair {
 
 using Spectrum = std::vector<Pair>;
 
-long powMod(long base, long exp, long mod) {
-    long r = 1;
-    for (base %= mod; exp > 0; exp >>= 1, base = base * base % mod)
-        if (exp & 1) r = r * base % mod;
-    return r;
-}
-
-long inverseMod(long a, long mod) {
-    for (long x = 1; x < mod; ++x)
-        if (a * x % mod == 1) return x;
-    throw std::logic_error("no inverse");
-}
-
 // Direct sums of at least this many terms are built in blocks of rows.
 constexpr int kBlockedSumsFrom = 16;
 constexpr int kRowsPerBlock = 8;
