@@ -59,4 +59,10 @@ const char* realMethodName(RealMethod m) {
     return "?";
 }
 
+std::string realAlgorithmText(const RealRow& row) {
+    std::string text = realMethodName(row.method);
+    if (row.n1) text += " " + std::to_string(row.n1) + "x" + std::to_string(row.n2);
+    return text;
+}
+
 }  // namespace kfpg::gen

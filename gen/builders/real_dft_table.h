@@ -3,6 +3,8 @@
 // the two-stage methods, its column and row sizes. The builders read nothing else.
 #pragma once
 
+#include <string>
+
 namespace kfpg::gen {
 
 enum class RealMethod {
@@ -32,5 +34,8 @@ const RealRow& realRow(int n);
 const RealRow& transposedRealRow(int n);
 
 const char* realMethodName(RealMethod m);
+
+// The method with its column x row sizes, e.g. "prime-factor 5x3", for the op tables.
+std::string realAlgorithmText(const RealRow& row);
 
 }  // namespace kfpg::gen

@@ -63,9 +63,7 @@ void checkAgainstNaiveHartley(const Dag& dag, int n, Precision p) {
 }
 
 std::string tableLine(int n, Precision p, const FlopCount& f, const OpCounts& c) {
-    const RealRow& row = realRow(n);
-    std::string algo = realMethodName(row.method);
-    if (row.n1) algo += " " + std::to_string(row.n1) + "x" + std::to_string(row.n2);
+    const std::string algo = realAlgorithmText(realRow(n));
     char line[256];
     std::snprintf(line, sizeof line, "%-22s %-18s %6ld %6ld %6ld  %6ld %6ld", kernelName(n, p).c_str(), algo.c_str(), f.adds,
                   f.muls, f.adds + f.muls, c.arithmetic, c.loads + c.stores);

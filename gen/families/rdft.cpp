@@ -84,9 +84,7 @@ std::string kernelCode(const Kernel& k, const EmitResult& body) {
 }
 
 std::string tableLine(const Kernel& k, const FlopCount& f, const OpCounts& c) {
-    const RealRow& row = realRow(k.n);
-    std::string algo = realMethodName(row.method);
-    if (row.n1) algo += " " + std::to_string(row.n1) + "x" + std::to_string(row.n2);
+    const std::string algo = realAlgorithmText(realRow(k.n));
     char line[256];
     std::snprintf(line, sizeof line, "%-30s %-18s %6ld %6d %6ld %6ld  %6ld %6ld %6ld", k.name().c_str(), algo.c_str(), f.muls,
                   kIntendedMultiplications[k.n - 2], f.adds, f.adds + f.muls, c.arithmetic, c.shuffles, c.loads + c.stores);

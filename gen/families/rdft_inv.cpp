@@ -148,9 +148,7 @@ void checkAgainstNaiveInverse(const Dag& dag, const Kernel& k) {
 }
 
 std::string tableLine(const Kernel& k, const FlopCount& f, const OpCounts& c) {
-    const RealRow& row = transposedRealRow(k.n);
-    std::string algo = realMethodName(row.method);
-    if (row.n1) algo += " " + std::to_string(row.n1) + "x" + std::to_string(row.n2);
+    const std::string algo = realAlgorithmText(transposedRealRow(k.n));
     char line[256];
     std::snprintf(line, sizeof line, "%-30s %-18s %6ld %8d %6ld %6ld  %6ld %6ld", k.name().c_str(), algo.c_str(), f.muls,
                   kIntendedMultiplications[k.n - 2], f.adds, f.adds + f.muls, c.arithmetic, c.loads + c.stores);

@@ -9,14 +9,15 @@
 #include <vector>
 
 #include "kfpgen.h"
+#include "real_kernel_cases.h"
 #include "reference.h"
 
 namespace kfpg::test::dht {
 
 template <class T>
-using Sized = KfpStatus (*)(const T*, T*, int);
+using Sized = RealSized<T>;
 template <class T>
-using Generic = KfpStatus (*)(const T*, T*, int, int);
+using Generic = RealGeneric<T>;
 
 #define KFPG_TEST_DHT32(N) kfpgHartley_##N##_32f,
 #define KFPG_TEST_DHT64(N) kfpgHartley_##N##_64f,
@@ -60,21 +61,6 @@ inline std::string caseName(const ::testing::TestParamInfo<Case>& info) {
     return std::to_string(info.param.n) + (info.param.f64 ? "_64f" : "_32f");
 }
 
-// Calls body(float{}) or body(double{}) for the case's precision.
-template <class Body>
-void withPrecision(const Case& c, Body body) {
-    if (c.f64)
-        body(double{});
-    else
-        body(float{});
-}
-
-template <class T>
-std::vector<T> randomInput(int n, unsigned seed) {
-    const auto r = ref::randomReals(static_cast<std::size_t>(n), seed);
-    return std::vector<T>(r.begin(), r.end());
-}
-
 // The reference DHT of the kernel's exact input, scaled for the flag.
 template <class T>
 std::vector<ref::Real> expected(const std::vector<T>& x, int flag) {
@@ -91,13 +77,5 @@ std::vector<T> run(const std::vector<T>& x, int flag = ScaleNone) {
     return y;
 }
 
-template <class T>
-std::vector<unsigned char> bytesOf(const T* p, std::size_t count) {
-    const auto* b = reinterpret_cast<const unsigned char*>(p);
-    return std::vector<unsigned char>(b, b + count * sizeof(T));
-}
-
-constexpr int kFlags[] = {ScaleFwdByN, ScaleInvByN, ScaleBySqrtN, ScaleNone};
-constexpr int kBadFlags[] = {0, 3, 5, 6, 16, -1, -2147483647 - 1};
 
 }  // namespace kfpg::test::dht

@@ -11,6 +11,7 @@
 
 namespace {
 
+using namespace kfpg::test;
 using namespace kfpg::test::dht;
 namespace ref = kfpg::ref;
 

@@ -1,5 +1,5 @@
 // Shared by the forward real DFT tests: every sized kernel and generic entry
-// by layout, precision and length, and the parameter list of all 378 cases.
+// by layout, precision and length, and the reference spectrum.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -9,16 +9,10 @@
 #include <vector>
 
 #include "kfpgen.h"
+#include "rdft_cases.h"
 #include "reference.h"
 
 namespace kfpg::test::rdft {
-
-using ref::Layout;
-
-template <class T>
-using Sized = KfpStatus (*)(const T*, T*, int);
-template <class T>
-using Generic = KfpStatus (*)(const T*, T*, int, int);
 
 #define KFPG_TEST_RDFT(N, L, T) kfpgDFTFwd_RTo##L##_##N##_##T,
 #define KFPG_TEST_CCS32(N) KFPG_TEST_RDFT(N, CCS, 32f)
@@ -59,52 +53,6 @@ struct Kernels<double> {
     static constexpr double bound = 1e-15;
 };
 
-struct Case {
-    int n;
-    bool f64;
-    Layout layout;
-    // Elements the kernel writes.
-    int outCount() const { return static_cast<int>(ref::packedLength(n, layout)); }
-};
-
-inline std::vector<Case> allCases() {
-    std::vector<Case> cases;
-    for (bool f64 : {false, true})
-        for (Layout layout : {Layout::CCS, Layout::Pack, Layout::Perm})
-            for (int n = 2; n <= 64; ++n) cases.push_back({n, f64, layout});
-    return cases;
-}
-
-// The CCS cases only: the checks of the CCS zeros and of the layouts against each other.
-inline std::vector<Case> ccsCases() {
-    std::vector<Case> cases;
-    for (const Case& c : allCases())
-        if (c.layout == Layout::CCS) cases.push_back(c);
-    return cases;
-}
-
-inline std::string caseName(const ::testing::TestParamInfo<Case>& info) {
-    static const char* const names[] = {"CCS", "Pack", "Perm"};
-    const Case& c = info.param;
-    return std::string(names[static_cast<int>(c.layout)]) + "_" + std::to_string(c.n) + (c.f64 ? "_64f" : "_32f");
-}
-
-// Calls body(float{}) or body(double{}) for the case's precision.
-template <class Body>
-void withPrecision(const Case& c, Body body) {
-    if (c.f64)
-        body(double{});
-    else
-        body(float{});
-}
-
-// Random input of n elements in the kernel's precision.
-template <class T>
-std::vector<T> randomInput(int n, unsigned seed) {
-    const auto r = ref::randomReals(static_cast<std::size_t>(n), seed);
-    return std::vector<T>(r.begin(), r.end());
-}
-
 // The reference spectrum of the kernel's exact input in the case's layout,
 // scaled for the flag, as many elements as the kernel writes.
 template <class T>
@@ -115,13 +63,5 @@ std::vector<ref::Real> expected(const Case& c, const T* x, int flag) {
     return packed;
 }
 
-template <class T>
-std::vector<unsigned char> bytesOf(const T* p, int count) {
-    const auto* b = reinterpret_cast<const unsigned char*>(p);
-    return std::vector<unsigned char>(b, b + count * sizeof(T));
-}
-
-constexpr int kFlags[] = {ScaleFwdByN, ScaleInvByN, ScaleBySqrtN, ScaleNone};
-constexpr int kBadFlags[] = {0, 3, 5, 6, 16, -1, -2147483647 - 1};
 
 }  // namespace kfpg::test::rdft

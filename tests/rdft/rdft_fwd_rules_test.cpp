@@ -19,7 +19,7 @@ TEST_P(RdftFwdRules, BadFlagsAndNullPointersFailInOrderAndWriteNothing) {
         using T = decltype(tag);
         const auto kernel = Kernels<T>::sized(c.n, c.layout);
         const auto x = randomInput<T>(c.n, 3u);
-        OffsetArray<T> dst(c.outCount(), 0);
+        OffsetArray<T> dst(c.packedCount(), 0);
         for (int flag : kBadFlags) {
             EXPECT_EQ(kernel(x.data(), dst.data(), flag), StatusFlagError) << flag;
             EXPECT_TRUE(dst.allBytesAre(kSentinel));
@@ -40,21 +40,21 @@ TEST_P(RdftFwdRules, EveryElementOffsetAndInPlaceGiveIdenticalBits) {
         const auto kernel = Kernels<T>::sized(c.n, c.layout);
         const auto x = randomInput<T>(c.n, 11u + c.n);
         for (int flag : kFlags) {
-            std::vector<T> want(c.outCount());
+            std::vector<T> want(c.packedCount());
             ASSERT_EQ(kernel(x.data(), want.data(), flag), StatusOk);
             for (std::size_t srcOffset = 0; srcOffset < 16; srcOffset += sizeof(T))
                 for (std::size_t dstOffset = 0; dstOffset < 16; dstOffset += sizeof(T)) {
-                    OffsetArray<T> src(c.n, srcOffset), dst(c.outCount(), dstOffset);
+                    OffsetArray<T> src(c.n, srcOffset), dst(c.packedCount(), dstOffset);
                     src.assign(x);
                     ASSERT_EQ(kernel(src.data(), dst.data(), flag), StatusOk);
-                    EXPECT_EQ(bytesOf(dst.data(), c.outCount()), bytesOf(want.data(), c.outCount()))
+                    EXPECT_EQ(bytesOf(dst.data(), c.packedCount()), bytesOf(want.data(), c.packedCount()))
                         << "offsets " << srcOffset << ", " << dstOffset;
                 }
             for (std::size_t offset = 0; offset < 16; offset += sizeof(T)) {
-                OffsetArray<T> buf(c.outCount(), offset);
+                OffsetArray<T> buf(c.packedCount(), offset);
                 buf.assign(x);
                 ASSERT_EQ(kernel(buf.data(), buf.data(), flag), StatusOk);
-                EXPECT_EQ(bytesOf(buf.data(), c.outCount()), bytesOf(want.data(), c.outCount())) << "in place, offset " << offset;
+                EXPECT_EQ(bytesOf(buf.data(), c.packedCount()), bytesOf(want.data(), c.packedCount())) << "in place, offset " << offset;
             }
         }
     });
@@ -67,13 +67,13 @@ TEST_P(RdftFwdRules, TouchesNothingBeyondItsArrays) {
     withPrecision(c, [&](auto tag) {
         using T = decltype(tag);
         const auto x = randomInput<T>(c.n, 21u);
-        GuardedBlock src(c.n * sizeof(T)), dst(c.outCount() * sizeof(T));
+        GuardedBlock src(c.n * sizeof(T)), dst(c.packedCount() * sizeof(T));
         std::memcpy(src.data(), x.data(), c.n * sizeof(T));
         auto* out = reinterpret_cast<T*>(dst.data());
         ASSERT_EQ(Kernels<T>::sized(c.n, c.layout)(reinterpret_cast<const T*>(src.data()), out, ScaleNone), StatusOk);
         EXPECT_LT(kfpg::ref::relativeL2(out, expected(c, x.data(), ScaleNone)), Kernels<T>::bound);
         // One element more in front of the output: the kernel must leave it alone.
-        GuardedBlock wide(c.outCount() * sizeof(T), sizeof(T));
+        GuardedBlock wide(c.packedCount() * sizeof(T), sizeof(T));
         ASSERT_EQ(Kernels<T>::sized(c.n, c.layout)(x.data(), reinterpret_cast<T*>(wide.data() + sizeof(T)), ScaleNone), StatusOk);
         for (std::size_t b = 0; b < sizeof(T); ++b) EXPECT_EQ(wide.data()[b], kSentinel);
     });
@@ -85,10 +85,10 @@ TEST_P(RdftFwdRules, GenericEntryEqualsTheSizedKernel) {
         using T = decltype(tag);
         const auto x = randomInput<T>(c.n, 13u);
         for (int flag : {int{ScaleFwdByN}, int{ScaleInvByN}, int{ScaleBySqrtN}, int{ScaleNone}, 0, 3}) {
-            OffsetArray<T> a(c.outCount(), 0), b(c.outCount(), 0);
+            OffsetArray<T> a(c.packedCount(), 0), b(c.packedCount(), 0);
             EXPECT_EQ(Kernels<T>::generic(c.layout)(x.data(), a.data(), c.n, flag),
                       Kernels<T>::sized(c.n, c.layout)(x.data(), b.data(), flag));
-            EXPECT_EQ(bytesOf(a.data(), c.outCount()), bytesOf(b.data(), c.outCount()));
+            EXPECT_EQ(bytesOf(a.data(), c.packedCount()), bytesOf(b.data(), c.packedCount()));
         }
         EXPECT_EQ(Kernels<T>::generic(c.layout)(nullptr, nullptr, c.n, ScaleNone), StatusNullPointer);
     });

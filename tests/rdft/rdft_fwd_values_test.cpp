@@ -8,6 +8,7 @@
 
 namespace {
 
+using namespace kfpg::test;
 using namespace kfpg::test::rdft;
 namespace ref = kfpg::ref;
 
@@ -22,7 +23,7 @@ TEST_P(RdftFwdValues, MatchTheReferenceUnderEveryFlag) {
         for (unsigned seed = 1; seed <= 4; ++seed) {
             const auto x = randomInput<T>(c.n, seed * 31u + c.n);
             for (int flag : kFlags) {
-                std::vector<T> y(c.outCount());
+                std::vector<T> y(c.packedCount());
                 ASSERT_EQ(kernel(x.data(), y.data(), flag), StatusOk);
                 EXPECT_LT(ref::relativeL2(y.data(), expected(c, x.data(), flag)), Kernels<T>::bound) << "flag " << flag;
             }
@@ -36,15 +37,15 @@ TEST_P(RdftFwdValues, ScaledOutputIsTheUnscaledOneTimesTheFactorInTheKernelsPrec
         using T = decltype(tag);
         const auto kernel = Kernels<T>::sized(c.n, c.layout);
         const auto x = randomInput<T>(c.n, 77u + c.n);
-        std::vector<T> plain(c.outCount());
+        std::vector<T> plain(c.packedCount());
         ASSERT_EQ(kernel(x.data(), plain.data(), ScaleNone), StatusOk);
         // The factors rounded once from their exact values.
         const T factors[] = {T(1.0L / c.n), T(1), T(1.0L / std::sqrt(static_cast<long double>(c.n)))};
         const int flags[] = {ScaleFwdByN, ScaleInvByN, ScaleBySqrtN};
         for (int i = 0; i < 3; ++i) {
-            std::vector<T> y(c.outCount());
+            std::vector<T> y(c.packedCount());
             ASSERT_EQ(kernel(x.data(), y.data(), flags[i]), StatusOk);
-            for (int e = 0; e < c.outCount(); ++e) {
+            for (int e = 0; e < c.packedCount(); ++e) {
                 const bool zeroSlot = c.layout == Layout::CCS && (e == 1 || (c.n % 2 == 0 && e == c.n + 1));
                 const T want = zeroSlot ? T(0) : plain[e] * factors[i];
                 EXPECT_EQ(bytesOf(&y[e], 1), bytesOf(&want, 1)) << "flag " << flags[i] << " element " << e;
@@ -59,7 +60,7 @@ TEST_P(RdftFwdCcs, CcsZerosArePositiveZeroUnderEveryFlag) {
         using T = decltype(tag);
         const auto x = randomInput<T>(c.n, 5u);
         for (int flag : kFlags) {
-            std::vector<T> y(c.outCount(), T(-7));
+            std::vector<T> y(c.packedCount(), T(-7));
             ASSERT_EQ(Kernels<T>::sized(c.n, c.layout)(x.data(), y.data(), flag), StatusOk);
             const T zero = 0;
             EXPECT_EQ(bytesOf(&y[1], 1), bytesOf(&zero, 1));
@@ -97,11 +98,11 @@ TEST_P(RdftFwdValues, ConstantInputScaledByNGivesItsValueAndZeros) {
         using T = decltype(tag);
         const T v = T(0.625);
         const std::vector<T> x(c.n, v);
-        std::vector<T> y(c.outCount());
+        std::vector<T> y(c.packedCount());
         ASSERT_EQ(Kernels<T>::sized(c.n, c.layout)(x.data(), y.data(), ScaleFwdByN), StatusOk);
         const double tolerance = c.f64 ? 1e-15 : 1e-6;
         EXPECT_NEAR(y[0], v, tolerance);
-        for (int e = 1; e < c.outCount(); ++e) EXPECT_NEAR(y[e], 0, tolerance) << e;
+        for (int e = 1; e < c.packedCount(); ++e) EXPECT_NEAR(y[e], 0, tolerance) << e;
     });
 }
 

@@ -1,5 +1,5 @@
 // Shared by the inverse real DFT tests: every sized kernel and generic entry
-// by layout, precision and length, the parameter list of all 378 cases, and
+// by layout, precision and length (the forward ones too, for round trips), and
 // random half spectra in each layout with their long-double inverse.
 #pragma once
 
@@ -11,16 +11,10 @@
 #include <vector>
 
 #include "kfpgen.h"
+#include "rdft_cases.h"
 #include "reference.h"
 
-namespace kfpg::test::rdft_inv {
-
-using ref::Layout;
-
-template <class T>
-using Sized = KfpStatus (*)(const T*, T*, int);
-template <class T>
-using Generic = KfpStatus (*)(const T*, T*, int, int);
+namespace kfpg::test::rdft {
 
 #define KFPG_TEST_INV(N, L, T) kfpgDFTInv_##L##ToR_##N##_##T,
 #define KFPG_TEST_INV_CCS32(N) KFPG_TEST_INV(N, CCS, 32f)
@@ -31,10 +25,10 @@ using Generic = KfpStatus (*)(const T*, T*, int, int);
 #define KFPG_TEST_INV_PERM64(N) KFPG_TEST_INV(N, Perm, 64f)
 
 template <class T>
-struct Kernels;
+struct InverseKernels;
 
 template <>
-struct Kernels<float> {
+struct InverseKernels<float> {
     static Sized<float> sized(int n, Layout layout) {
         static const Sized<float> ccs[] = {KFPG_FOR_LENGTHS(KFPG_TEST_INV_CCS32)};
         static const Sized<float> pack[] = {KFPG_FOR_LENGTHS(KFPG_TEST_INV_PACK32)};
@@ -54,7 +48,7 @@ struct Kernels<float> {
 };
 
 template <>
-struct Kernels<double> {
+struct InverseKernels<double> {
     static Sized<double> sized(int n, Layout layout) {
         static const Sized<double> ccs[] = {KFPG_FOR_LENGTHS(KFPG_TEST_INV_CCS64)};
         static const Sized<double> pack[] = {KFPG_FOR_LENGTHS(KFPG_TEST_INV_PACK64)};
@@ -73,63 +67,21 @@ struct Kernels<double> {
     static constexpr double bound = 1e-15;
 };
 
-struct Case {
-    int n;
-    bool f64;
-    Layout layout;
-    // Elements of the source array (a CCS array holds two or one more than the kernel reads).
-    int srcCount() const { return static_cast<int>(ref::packedLength(n, layout)); }
-    // The CCS elements never loaded: Im X[0] and, for even n, Im X[n/2].
-    bool ignored(int e) const { return layout == Layout::CCS && (e == 1 || (n % 2 == 0 && e == n + 1)); }
-    // One past the last element the kernel loads.
-    int readEnd() const { return layout == Layout::CCS && n % 2 == 0 ? n + 1 : srcCount(); }
-};
-
-inline std::vector<Case> allCases() {
-    std::vector<Case> cases;
-    for (bool f64 : {false, true})
-        for (Layout layout : {Layout::CCS, Layout::Pack, Layout::Perm})
-            for (int n = 2; n <= 64; ++n) cases.push_back({n, f64, layout});
-    return cases;
-}
-
-// The CCS cases only: the checks of the CCS zeros and of the layouts against each other.
-inline std::vector<Case> ccsCases() {
-    std::vector<Case> cases;
-    for (const Case& c : allCases())
-        if (c.layout == Layout::CCS) cases.push_back(c);
-    return cases;
-}
-
-inline std::string caseName(const ::testing::TestParamInfo<Case>& info) {
-    static const char* const names[] = {"CCS", "Pack", "Perm"};
-    const Case& c = info.param;
-    return std::string(names[static_cast<int>(c.layout)]) + "_" + std::to_string(c.n) + (c.f64 ? "_64f" : "_32f");
-}
-
-template <class Body>
-void withPrecision(const Case& c, Body body) {
-    if (c.f64)
-        body(double{});
-    else
-        body(float{});
-}
-
 // A random half spectrum in the case's layout; the ignored CCS elements hold `junk`.
 template <class T>
 std::vector<T> randomSpectrum(const Case& c, unsigned seed, T junk = std::numeric_limits<T>::quiet_NaN()) {
-    const auto r = ref::randomReals(static_cast<std::size_t>(c.srcCount()), seed);
+    const auto r = ref::randomReals(static_cast<std::size_t>(c.packedCount()), seed);
     std::vector<T> s(r.begin(), r.end());
-    for (int e = 0; e < c.srcCount(); ++e)
+    for (int e = 0; e < c.packedCount(); ++e)
         if (c.ignored(e)) s[e] = junk;
     return s;
 }
 
 // The long-double inverse of the kernel's exact input, scaled for the flag.
 template <class T>
-std::vector<ref::Real> expected(const Case& c, const T* spectrum, int flag) {
-    std::vector<ref::Real> packed(spectrum, spectrum + c.srcCount());
-    for (int e = 0; e < c.srcCount(); ++e)
+std::vector<ref::Real> expectedSignal(const Case& c, const T* spectrum, int flag) {
+    std::vector<ref::Real> packed(spectrum, spectrum + c.packedCount());
+    for (int e = 0; e < c.packedCount(); ++e)
         if (c.ignored(e)) packed[e] = 0;
     auto x = ref::realDftUnpack(packed, c.n, c.layout);
     const ref::Real s = ref::scaleFactor(flag, c.n, ref::Direction::Inverse);
@@ -137,13 +89,5 @@ std::vector<ref::Real> expected(const Case& c, const T* spectrum, int flag) {
     return x;
 }
 
-template <class T>
-std::vector<unsigned char> bytesOf(const T* p, int count) {
-    const auto* b = reinterpret_cast<const unsigned char*>(p);
-    return std::vector<unsigned char>(b, b + count * sizeof(T));
-}
 
-constexpr int kFlags[] = {ScaleFwdByN, ScaleInvByN, ScaleBySqrtN, ScaleNone};
-constexpr int kBadFlags[] = {0, 3, 5, 6, 16, -1, -2147483647 - 1};
-
-}  // namespace kfpg::test::rdft_inv
+}  // namespace kfpg::test::rdft

@@ -10,7 +10,7 @@
 namespace {
 
 using namespace kfpg::test;
-using namespace kfpg::test::rdft_inv;
+using namespace kfpg::test::rdft;
 
 class RdftInvRules : public ::testing::TestWithParam<Case> {};
 class RdftInvCcs : public ::testing::TestWithParam<Case> {};
@@ -19,7 +19,7 @@ TEST_P(RdftInvRules, BadFlagsAndNullPointersFailInOrderAndWriteNothing) {
     const Case c = GetParam();
     withPrecision(c, [&](auto tag) {
         using T = decltype(tag);
-        const auto kernel = Kernels<T>::sized(c.n, c.layout);
+        const auto kernel = InverseKernels<T>::sized(c.n, c.layout);
         const auto s = randomSpectrum<T>(c, 3u);
         OffsetArray<T> dst(c.n, 0);
         for (int flag : kBadFlags) {
@@ -39,14 +39,14 @@ TEST_P(RdftInvCcs, IgnoredCcsElementsDoNotChangeTheResult) {
     const Case c = GetParam();
     withPrecision(c, [&](auto tag) {
         using T = decltype(tag);
-        const auto kernel = Kernels<T>::sized(c.n, c.layout);
+        const auto kernel = InverseKernels<T>::sized(c.n, c.layout);
         const auto clean = randomSpectrum<T>(c, 29u, T(0));
         std::vector<T> want(c.n);
         ASSERT_EQ(kernel(clean.data(), want.data(), ScaleBySqrtN), StatusOk);
         using Limits = std::numeric_limits<T>;
         for (T junk : {Limits::quiet_NaN(), Limits::infinity(), -Limits::infinity(), Limits::max(), T(-3.5)}) {
             auto s = clean;
-            for (int e = 0; e < c.srcCount(); ++e)
+            for (int e = 0; e < c.packedCount(); ++e)
                 if (c.ignored(e)) s[e] = junk;
             std::vector<T> x(c.n);
             ASSERT_EQ(kernel(s.data(), x.data(), ScaleBySqrtN), StatusOk);
@@ -59,25 +59,25 @@ TEST_P(RdftInvRules, EveryElementOffsetAndInPlaceGiveIdenticalBits) {
     const Case c = GetParam();
     withPrecision(c, [&](auto tag) {
         using T = decltype(tag);
-        const auto kernel = Kernels<T>::sized(c.n, c.layout);
+        const auto kernel = InverseKernels<T>::sized(c.n, c.layout);
         const auto s = randomSpectrum<T>(c, 11u + c.n);
         for (int flag : kFlags) {
             std::vector<T> want(c.n);
             ASSERT_EQ(kernel(s.data(), want.data(), flag), StatusOk);
             for (std::size_t srcOffset = 0; srcOffset < 16; srcOffset += sizeof(T))
                 for (std::size_t dstOffset = 0; dstOffset < 16; dstOffset += sizeof(T)) {
-                    OffsetArray<T> src(c.srcCount(), srcOffset), dst(c.n, dstOffset);
+                    OffsetArray<T> src(c.packedCount(), srcOffset), dst(c.n, dstOffset);
                     src.assign(s);
                     ASSERT_EQ(kernel(src.data(), dst.data(), flag), StatusOk);
                     EXPECT_EQ(bytesOf(dst.data(), c.n), bytesOf(want.data(), c.n)) << "offsets " << srcOffset << ", " << dstOffset;
                 }
             for (std::size_t offset = 0; offset < 16; offset += sizeof(T)) {
-                OffsetArray<T> buf(c.srcCount(), offset);
+                OffsetArray<T> buf(c.packedCount(), offset);
                 buf.assign(s);
                 ASSERT_EQ(kernel(buf.data(), buf.data(), flag), StatusOk);
                 EXPECT_EQ(bytesOf(buf.data(), c.n), bytesOf(want.data(), c.n)) << "in place, offset " << offset;
                 // A CCS buffer keeps its elements beyond n.
-                EXPECT_EQ(bytesOf(buf.data() + c.n, c.srcCount() - c.n), bytesOf(s.data() + c.n, c.srcCount() - c.n));
+                EXPECT_EQ(bytesOf(buf.data() + c.n, c.packedCount() - c.n), bytesOf(s.data() + c.n, c.packedCount() - c.n));
             }
         }
     });
@@ -94,12 +94,12 @@ TEST_P(RdftInvRules, TouchesNothingBeyondWhatItLoadsAndStores) {
         GuardedBlock src(c.readEnd() * sizeof(T)), dst(c.n * sizeof(T));
         std::memcpy(src.data(), s.data(), c.readEnd() * sizeof(T));
         auto* out = reinterpret_cast<T*>(dst.data());
-        ASSERT_EQ(Kernels<T>::sized(c.n, c.layout)(reinterpret_cast<const T*>(src.data()), out, ScaleNone), StatusOk);
-        EXPECT_LT(kfpg::ref::relativeL2(out, expected(c, s.data(), ScaleNone)), Kernels<T>::bound);
+        ASSERT_EQ(InverseKernels<T>::sized(c.n, c.layout)(reinterpret_cast<const T*>(src.data()), out, ScaleNone), StatusOk);
+        EXPECT_LT(kfpg::ref::relativeL2(out, expectedSignal(c, s.data(), ScaleNone)), InverseKernels<T>::bound);
         // One element more in front of the output: the kernel must leave it alone.
         GuardedBlock wide(c.n * sizeof(T), sizeof(T));
         std::memset(wide.data(), kSentinel, sizeof(T));
-        ASSERT_EQ(Kernels<T>::sized(c.n, c.layout)(s.data(), reinterpret_cast<T*>(wide.data() + sizeof(T)), ScaleNone), StatusOk);
+        ASSERT_EQ(InverseKernels<T>::sized(c.n, c.layout)(s.data(), reinterpret_cast<T*>(wide.data() + sizeof(T)), ScaleNone), StatusOk);
         for (std::size_t b = 0; b < sizeof(T); ++b) EXPECT_EQ(wide.data()[b], kSentinel);
     });
 }
@@ -111,11 +111,11 @@ TEST_P(RdftInvRules, GenericEntryEqualsTheSizedKernel) {
         const auto s = randomSpectrum<T>(c, 13u);
         for (int flag : {int{ScaleFwdByN}, int{ScaleInvByN}, int{ScaleBySqrtN}, int{ScaleNone}, 0, 3}) {
             OffsetArray<T> a(c.n, 0), b(c.n, 0);
-            EXPECT_EQ(Kernels<T>::generic(c.layout)(s.data(), a.data(), c.n, flag), Kernels<T>::sized(c.n, c.layout)(s.data(), b.data(), flag));
+            EXPECT_EQ(InverseKernels<T>::generic(c.layout)(s.data(), a.data(), c.n, flag), InverseKernels<T>::sized(c.n, c.layout)(s.data(), b.data(), flag));
             EXPECT_EQ(bytesOf(a.data(), c.n), bytesOf(b.data(), c.n));
         }
-        EXPECT_EQ(Kernels<T>::generic(c.layout)(nullptr, nullptr, c.n, ScaleNone), StatusNullPointer);
-        EXPECT_EQ(Kernels<T>::generic(c.layout)(s.data(), nullptr, c.n, 0), StatusNullPointer);
+        EXPECT_EQ(InverseKernels<T>::generic(c.layout)(nullptr, nullptr, c.n, ScaleNone), StatusNullPointer);
+        EXPECT_EQ(InverseKernels<T>::generic(c.layout)(s.data(), nullptr, c.n, 0), StatusNullPointer);
     });
 }
 
@@ -129,10 +129,10 @@ TEST(RdftInvGeneric, LengthIsCheckedBeforeEverythingElse) {
             double d[66];
             std::memset(f, 0xA5, sizeof f);
             std::memset(d, 0xA5, sizeof d);
-            EXPECT_EQ(Kernels<float>::generic(layout)(nullptr, nullptr, len, 0), StatusSizeError);
-            EXPECT_EQ(Kernels<float>::generic(layout)(f, f, len, ScaleNone), StatusSizeError);
-            EXPECT_EQ(Kernels<double>::generic(layout)(d, d, len, ScaleNone), StatusSizeError);
-            EXPECT_EQ(Kernels<double>::generic(layout)(nullptr, d, len, 3), StatusSizeError);
+            EXPECT_EQ(InverseKernels<float>::generic(layout)(nullptr, nullptr, len, 0), StatusSizeError);
+            EXPECT_EQ(InverseKernels<float>::generic(layout)(f, f, len, ScaleNone), StatusSizeError);
+            EXPECT_EQ(InverseKernels<double>::generic(layout)(d, d, len, ScaleNone), StatusSizeError);
+            EXPECT_EQ(InverseKernels<double>::generic(layout)(nullptr, d, len, 3), StatusSizeError);
             const auto* fb = reinterpret_cast<const unsigned char*>(f);
             const auto* db = reinterpret_cast<const unsigned char*>(d);
             for (std::size_t i = 0; i < sizeof f; ++i) ASSERT_EQ(fb[i], 0xA5);

@@ -8,7 +8,8 @@
 
 namespace {
 
-using namespace kfpg::test::rdft_inv;
+using namespace kfpg::test;
+using namespace kfpg::test::rdft;
 namespace ref = kfpg::ref;
 
 class RdftInvValues : public ::testing::TestWithParam<Case> {};
@@ -18,13 +19,13 @@ TEST_P(RdftInvValues, MatchTheReferenceUnderEveryFlag) {
     const Case c = GetParam();
     withPrecision(c, [&](auto tag) {
         using T = decltype(tag);
-        const auto kernel = Kernels<T>::sized(c.n, c.layout);
+        const auto kernel = InverseKernels<T>::sized(c.n, c.layout);
         for (unsigned seed = 1; seed <= 4; ++seed) {
             const auto s = randomSpectrum<T>(c, seed * 37u + c.n);
             for (int flag : kFlags) {
                 std::vector<T> x(c.n);
                 ASSERT_EQ(kernel(s.data(), x.data(), flag), StatusOk);
-                EXPECT_LT(ref::relativeL2(x.data(), expected(c, s.data(), flag)), Kernels<T>::bound) << "flag " << flag;
+                EXPECT_LT(ref::relativeL2(x.data(), expectedSignal(c, s.data(), flag)), InverseKernels<T>::bound) << "flag " << flag;
             }
         }
     });
@@ -34,7 +35,7 @@ TEST_P(RdftInvValues, ScaledOutputIsTheUnscaledOneTimesTheFactorInTheKernelsPrec
     const Case c = GetParam();
     withPrecision(c, [&](auto tag) {
         using T = decltype(tag);
-        const auto kernel = Kernels<T>::sized(c.n, c.layout);
+        const auto kernel = InverseKernels<T>::sized(c.n, c.layout);
         const auto s = randomSpectrum<T>(c, 71u + c.n);
         std::vector<T> plain(c.n);
         ASSERT_EQ(kernel(s.data(), plain.data(), ScaleNone), StatusOk);
@@ -59,10 +60,10 @@ TEST_P(RdftInvValues, RoundTripsThroughTheForwardKernelOfTheSameLayout) {
         const std::vector<ref::Real> want(x.begin(), x.end());
         const int pairs[][2] = {{ScaleBySqrtN, ScaleBySqrtN}, {ScaleFwdByN, ScaleNone}, {ScaleNone, ScaleInvByN}, {ScaleFwdByN, ScaleFwdByN}};
         for (const auto& p : pairs) {
-            std::vector<T> spectrum(c.srcCount()), back(c.n);
-            ASSERT_EQ(Kernels<T>::forward(c.n, c.layout)(x.data(), spectrum.data(), p[0]), StatusOk);
-            ASSERT_EQ(Kernels<T>::sized(c.n, c.layout)(spectrum.data(), back.data(), p[1]), StatusOk);
-            EXPECT_LT(ref::relativeL2(back.data(), want), 4 * Kernels<T>::bound) << "flags " << p[0] << ", " << p[1];
+            std::vector<T> spectrum(c.packedCount()), back(c.n);
+            ASSERT_EQ(InverseKernels<T>::forward(c.n, c.layout)(x.data(), spectrum.data(), p[0]), StatusOk);
+            ASSERT_EQ(InverseKernels<T>::sized(c.n, c.layout)(spectrum.data(), back.data(), p[1]), StatusOk);
+            EXPECT_LT(ref::relativeL2(back.data(), want), 4 * InverseKernels<T>::bound) << "flags " << p[0] << ", " << p[1];
         }
     });
 }
@@ -82,13 +83,13 @@ TEST_P(RdftInvLayouts, LayoutsDifferOnlyInWhereTheyLoad) {
             perm.pop_back();
         }
         std::vector<T> fromCcs(c.n), fromPack(c.n), fromPerm(c.n), packAsPerm(c.n);
-        ASSERT_EQ(Kernels<T>::sized(c.n, Layout::CCS)(ccs.data(), fromCcs.data(), ScaleBySqrtN), StatusOk);
-        ASSERT_EQ(Kernels<T>::sized(c.n, Layout::Pack)(pack.data(), fromPack.data(), ScaleBySqrtN), StatusOk);
-        ASSERT_EQ(Kernels<T>::sized(c.n, Layout::Perm)(perm.data(), fromPerm.data(), ScaleBySqrtN), StatusOk);
+        ASSERT_EQ(InverseKernels<T>::sized(c.n, Layout::CCS)(ccs.data(), fromCcs.data(), ScaleBySqrtN), StatusOk);
+        ASSERT_EQ(InverseKernels<T>::sized(c.n, Layout::Pack)(pack.data(), fromPack.data(), ScaleBySqrtN), StatusOk);
+        ASSERT_EQ(InverseKernels<T>::sized(c.n, Layout::Perm)(perm.data(), fromPerm.data(), ScaleBySqrtN), StatusOk);
         EXPECT_EQ(bytesOf(fromPack.data(), c.n), bytesOf(fromCcs.data(), c.n));
         EXPECT_EQ(bytesOf(fromPerm.data(), c.n), bytesOf(fromCcs.data(), c.n));
         if (c.n % 2 == 1) {
-            ASSERT_EQ(Kernels<T>::sized(c.n, Layout::Perm)(pack.data(), packAsPerm.data(), ScaleBySqrtN), StatusOk);
+            ASSERT_EQ(InverseKernels<T>::sized(c.n, Layout::Perm)(pack.data(), packAsPerm.data(), ScaleBySqrtN), StatusOk);
             EXPECT_EQ(bytesOf(packAsPerm.data(), c.n), bytesOf(fromPack.data(), c.n));
         }
     });
@@ -100,7 +101,7 @@ INSTANTIATE_TEST_SUITE_P(CcsKernels, RdftInvLayouts, ::testing::ValuesIn(ccsCase
 template <class T>
 std::vector<T> run(int n, Layout layout, const std::vector<T>& s, int flag = ScaleNone) {
     std::vector<T> x(n);
-    EXPECT_EQ(Kernels<T>::sized(n, layout)(s.data(), x.data(), flag), StatusOk);
+    EXPECT_EQ(InverseKernels<T>::sized(n, layout)(s.data(), x.data(), flag), StatusOk);
     return x;
 }
 

@@ -12,7 +12,7 @@
 
 #include "kfpgen.h"
 #include "reference.h"
-#include "fftw_vector.h"
+#include "fftw_peer.h"
 #include "registry.h"
 #include "timing.h"
 
@@ -118,10 +118,7 @@ CheckSummary check() {
 template <class C>
 struct Fftw;
 template <>
-struct Fftw<kfp32fc> {
-    using Plan = fftwf_plan;
-    static void* alloc(std::size_t bytes) { return fftwf_malloc(bytes); }
-    static void release(void* p) { fftwf_free(p); }
+struct Fftw<kfp32fc> : kfpg::tool::FftwCommon<float> {
     static Plan plan(int n, kfp32fc* in, kfp32fc* out, int sign) {
         return fftwf_plan_dft_1d(n, reinterpret_cast<fftwf_complex*>(in), reinterpret_cast<fftwf_complex*>(out), sign,
                                  FFTW_PATIENT);
@@ -129,14 +126,9 @@ struct Fftw<kfp32fc> {
     static void execute(Plan p, kfp32fc* in, kfp32fc* out) {
         fftwf_execute_dft(p, reinterpret_cast<fftwf_complex*>(in), reinterpret_cast<fftwf_complex*>(out));
     }
-    static void destroy(Plan p) { fftwf_destroy_plan(p); }
-    static char* text(Plan p) { return fftwf_sprint_plan(p); }
 };
 template <>
-struct Fftw<kfp64fc> {
-    using Plan = fftw_plan;
-    static void* alloc(std::size_t bytes) { return fftw_malloc(bytes); }
-    static void release(void* p) { fftw_free(p); }
+struct Fftw<kfp64fc> : kfpg::tool::FftwCommon<double> {
     static Plan plan(int n, kfp64fc* in, kfp64fc* out, int sign) {
         return fftw_plan_dft_1d(n, reinterpret_cast<fftw_complex*>(in), reinterpret_cast<fftw_complex*>(out), sign,
                                 FFTW_PATIENT);
@@ -144,8 +136,6 @@ struct Fftw<kfp64fc> {
     static void execute(Plan p, kfp64fc* in, kfp64fc* out) {
         fftw_execute_dft(p, reinterpret_cast<fftw_complex*>(in), reinterpret_cast<fftw_complex*>(out));
     }
-    static void destroy(Plan p) { fftw_destroy_plan(p); }
-    static char* text(Plan p) { return fftw_sprint_plan(p); }
 };
 
 #endif

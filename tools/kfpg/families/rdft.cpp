@@ -13,7 +13,7 @@
 
 #include "kfpgen.h"
 #include "reference.h"
-#include "fftw_vector.h"
+#include "fftw_peer.h"
 #include "registry.h"
 #include "timing.h"
 
@@ -117,28 +117,18 @@ CheckSummary check() {
 template <class T>
 struct Fftw;
 template <>
-struct Fftw<float> {
-    using Plan = fftwf_plan;
-    static void* alloc(std::size_t bytes) { return fftwf_malloc(bytes); }
-    static void release(void* p) { fftwf_free(p); }
+struct Fftw<float> : kfpg::tool::FftwCommon<float> {
     static Plan plan(int n, float* in, float* out) {
         return fftwf_plan_dft_r2c_1d(n, in, reinterpret_cast<fftwf_complex*>(out), FFTW_PATIENT);
     }
     static void execute(Plan p, float* in, float* out) { fftwf_execute_dft_r2c(p, in, reinterpret_cast<fftwf_complex*>(out)); }
-    static void destroy(Plan p) { fftwf_destroy_plan(p); }
-    static char* text(Plan p) { return fftwf_sprint_plan(p); }
 };
 template <>
-struct Fftw<double> {
-    using Plan = fftw_plan;
-    static void* alloc(std::size_t bytes) { return fftw_malloc(bytes); }
-    static void release(void* p) { fftw_free(p); }
+struct Fftw<double> : kfpg::tool::FftwCommon<double> {
     static Plan plan(int n, double* in, double* out) {
         return fftw_plan_dft_r2c_1d(n, in, reinterpret_cast<fftw_complex*>(out), FFTW_PATIENT);
     }
     static void execute(Plan p, double* in, double* out) { fftw_execute_dft_r2c(p, in, reinterpret_cast<fftw_complex*>(out)); }
-    static void destroy(Plan p) { fftw_destroy_plan(p); }
-    static char* text(Plan p) { return fftw_sprint_plan(p); }
 };
 
 #endif
