@@ -1,9 +1,12 @@
 #include "emit.h"
 
+#include "float_lanes.h"
+
 #include <cmath>
 #include <cstdio>
 #include <algorithm>
 #include <map>
+#include <memory>
 #include <set>
 #include <stdexcept>
 #include <vector>
@@ -37,6 +40,7 @@ public:
         if (o_.schedule != Schedule::DepthFirst) std::sort(order.begin(), order.end());
         if (o_.schedule == Schedule::Latency) order = latencyOrder(order);
         markUsedLanes(order);
+        if (o_.mode == EmitMode::RealPairs && !f64()) startFloatLanes();
 
         std::map<NodeId, std::vector<int>> outputsOf;
         for (int i = 0; i < static_cast<int>(dag_.outputs().size()); ++i) outputsOf[dag_.outputs()[i].value].push_back(i);
@@ -59,6 +63,11 @@ public:
             }
         }
         for (int i : pending) emitStore(dag_.outputs()[i]);
+        if (floatLanes_) {
+            if (!floatLanes_->allStored()) throw std::logic_error("RealPairs: an output span was never complete");
+            counts_.shuffles += floatLanes_->shuffles, counts_.arithmetic += floatLanes_->arithmetic;
+            counts_.loads += floatLanes_->loads, counts_.stores += floatLanes_->stores;
+        }
         return EmitResult{constants_ + code_, counts_};
     }
 
@@ -366,18 +375,25 @@ private:
     }
     std::string pairLoad(const std::vector<int>& e) {
         const int e0 = e[0], e1 = e[1];
+        if (floatLanes_) return floatLanes_->loadPair(e0, e1);
         auto addr = [&](int i) { return "(" + o_.load(i) + ")"; };
         counts_.loads += (e0 >= 0) + (e1 >= 0 && e1 != e0 + 1);
-        if (f64()) {
-            if (e0 >= 0 && e1 == e0 + 1) return "_mm_loadu_pd(" + addr(e0) + ")";
-            if (e1 < 0) return "_mm_load_sd(" + addr(e0) + ")";
-            return "_mm_loadh_pd(" + std::string(e0 >= 0 ? "_mm_load_sd(" + addr(e0) + ")" : "_mm_setzero_pd()") + ", " + addr(e1) + ")";
-        }
-        // Two neighbouring floats: one 8-byte load that needs no more than float alignment.
-        if (e0 >= 0 && e1 == e0 + 1) return "_mm_castsi128_ps(_mm_loadl_epi64((const __m128i*)" + addr(e0) + "))";
-        if (e1 < 0) return "_mm_load_ss(" + addr(e0) + ")";
-        ++counts_.shuffles;
-        return "_mm_unpacklo_ps(" + std::string(e0 >= 0 ? "_mm_load_ss(" + addr(e0) + ")" : "_mm_setzero_ps()") + ", _mm_load_ss(" + addr(e1) + "))";
+        if (e0 >= 0 && e1 == e0 + 1) return "_mm_loadu_pd(" + addr(e0) + ")";
+        if (e1 < 0) return "_mm_load_sd(" + addr(e0) + ")";
+        return "_mm_loadh_pd(" + std::string(e0 >= 0 ? "_mm_load_sd(" + addr(e0) + ")" : "_mm_setzero_pd()") + ", " + addr(e1) + ")";
+    }
+    void startFloatLanes() {
+        std::set<int> in, out;
+        for (const Node& n : dag_.nodes())
+            if (n.op == Op::Input)
+                for (int e : dag_.inputElements(n.arg))
+                    if (e >= 0) in.insert(e);
+        for (const Output& o : dag_.outputs())
+            for (int e : o.elements)
+                if (e >= 0) out.insert(e);
+        floatLanes_ = std::make_unique<FloatLanes>([this](const std::string& s) { line(s); }, o_.load, o_.store, o_.scaleVar);
+        floatLanes_->setInputs(in);
+        floatLanes_->setOutputs(out);
     }
     void emitPairNode(NodeId id) {
         const Node& n = dag_.node(id);
@@ -402,20 +418,12 @@ private:
             case Op::Narrow: ++counts_.arithmetic, expr = "_mm_cvtpd_ps(" + var(n.a) + ")"; break;
             case Op::Shuffle: {
                 const int la = n.arg & 1, lb = (n.arg >> 1) & 1;
-                ++counts_.shuffles;
-                if (wide) {
-                    expr = "_mm_shuffle_pd(" + pairOperand(n.a, true) + ", " + pairOperand(n.b, true) + ", " + std::to_string(la | lb << 1) + ")";
-                } else if (n.a == n.b) {
-                    expr = "_mm_shuffle_ps(" + var(n.a) + ", " + var(n.a) + ", " + std::to_string(la | lb << 2) + ")";
-                } else if (la == 0 && lb == 0) {
-                    expr = "_mm_unpacklo_ps(" + var(n.a) + ", " + var(n.b) + ")";
-                } else {
-                    // (a[la], a[la], b[lb], b[lb]), then lanes 0 and 2 of that.
-                    ++counts_.shuffles;
-                    const int spread = la | la << 2 | lb << 4 | lb << 6;
-                    const std::string t = "_mm_shuffle_ps(" + var(n.a) + ", " + var(n.b) + ", " + std::to_string(spread) + ")";
-                    expr = "_mm_shuffle_ps(" + t + ", " + t + ", 8)";
+                if (!wide) {  // shuffles counted by floatLanes_
+                    expr = floatLanes_->select({var(n.a), la}, {var(n.b), lb});
+                    break;
                 }
+                ++counts_.shuffles;
+                expr = "_mm_shuffle_pd(" + pairOperand(n.a, true) + ", " + pairOperand(n.b, true) + ", " + std::to_string(la | lb << 1) + ")";
                 break;
             }
             default: throw std::logic_error("RealPairs: unsupported operation");
@@ -423,24 +431,23 @@ private:
         line("const " + pairType(wide) + " " + var(id) + " = " + expr + ";");
     }
     void emitPairStore(const Output& out) {
+        if (floatLanes_) {  // scaled and stored four neighbours at a time
+            for (int l = 0; l < 2; ++l)
+                if (out.elements[l] >= 0) floatLanes_->store(out.elements[l], {var(out.value), l});
+            return;
+        }
         std::string v = var(out.value);
         if (!o_.scaleVar.empty()) {
             ++counts_.arithmetic;
             const std::string scaled = "o" + std::to_string(out.value);
-            line("const " + pairType(f64()) + " " + scaled + " = " + pairCall("mul", f64(), v, o_.scaleVar) + ";");
+            line("const __m128d " + scaled + " = _mm_mul_pd(" + v + ", " + o_.scaleVar + ");");
             v = scaled;
         }
         const int e0 = out.elements[0], e1 = out.elements[1];
         auto addr = [&](int i) { return "(" + o_.store(i) + ")"; };
-        if (f64()) {
-            if (e0 >= 0 && e1 == e0 + 1) return ++counts_.stores, line("_mm_storeu_pd(" + addr(e0) + ", " + v + ");");
-            if (e0 >= 0) ++counts_.stores, line("_mm_store_sd(" + addr(e0) + ", " + v + ");");
-            if (e1 >= 0) ++counts_.stores, line("_mm_storeh_pd(" + addr(e1) + ", " + v + ");");
-            return;
-        }
-        if (e0 >= 0 && e1 == e0 + 1) return ++counts_.stores, line("_mm_storel_epi64((__m128i*)" + addr(e0) + ", _mm_castps_si128(" + v + "));");
-        if (e0 >= 0) ++counts_.stores, line("_mm_store_ss(" + addr(e0) + ", " + v + ");");
-        if (e1 >= 0) ++counts_.stores, ++counts_.shuffles, line("_mm_store_ss(" + addr(e1) + ", _mm_shuffle_ps(" + v + ", " + v + ", 1));");
+        if (e0 >= 0 && e1 == e0 + 1) return ++counts_.stores, line("_mm_storeu_pd(" + addr(e0) + ", " + v + ");");
+        if (e0 >= 0) ++counts_.stores, line("_mm_store_sd(" + addr(e0) + ", " + v + ");");
+        if (e1 >= 0) ++counts_.stores, line("_mm_storeh_pd(" + addr(e1) + ", " + v + ");");
     }
 
     void emitNode(NodeId id) {
@@ -501,6 +508,7 @@ private:
     OpCounts counts_;
     std::vector<int> usedLanes_;
     std::set<NodeId> widened_;
+    std::unique_ptr<FloatLanes> floatLanes_;  // single-precision RealPairs memory and lane moves
 };
 
 }  // namespace

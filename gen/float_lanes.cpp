@@ -1,0 +1,160 @@
+#include "float_lanes.h"
+
+#include <stdexcept>
+
+namespace kfpg::gen {
+
+std::vector<Span> coverWithSpans(const std::set<int>& elements) {
+    std::vector<Span> spans;
+    for (auto it = elements.begin(); it != elements.end();) {
+        const int first = *it;
+        int end = first;
+        while (it != elements.end() && *it == end) ++it, ++end;
+        int at = first;
+        for (; end - at >= 4; at += 4) spans.push_back({at, 4});
+        const int left = end - at;
+        if (left == 3 && end - first >= 4) {
+            spans.push_back({end - 4, 4});  // rewrites one element with the same value (or rereads it)
+            continue;
+        }
+        if (left >= 2) spans.push_back({at, 2}), at += 2;
+        if (end - at == 1) spans.push_back({at, 1});
+    }
+    return spans;
+}
+
+FloatLanes::FloatLanes(std::function<void(const std::string&)> line, std::function<std::string(int)> load,
+                       std::function<std::string(int)> store, std::string scaleVar)
+    : line_(std::move(line)), load_(std::move(load)), store_(std::move(store)), scaleVar_(std::move(scaleVar)) {}
+
+void FloatLanes::setInputs(const std::set<int>& elements) {
+    inSpans_ = coverWithSpans(elements);
+    for (int i = 0; i < static_cast<int>(inSpans_.size()); ++i)
+        for (int e = inSpans_[i].first; e < inSpans_[i].first + inSpans_[i].count; ++e) inSpansOf_[e].push_back(i);
+}
+
+void FloatLanes::setOutputs(const std::set<int>& elements) {
+    outSpans_ = coverWithSpans(elements);
+    done_.assign(outSpans_.size(), 0);
+    for (int i = 0; i < static_cast<int>(outSpans_.size()); ++i)
+        for (int e = outSpans_[i].first; e < outSpans_[i].first + outSpans_[i].count; ++e) outSpansOf_[e].push_back(i);
+}
+
+std::string FloatLanes::spanVar(int i) {
+    auto it = loaded_.find(i);
+    if (it != loaded_.end()) return it->second;
+    const Span& s = inSpans_[i];
+    const std::string name = "m" + std::to_string(i), addr = "(" + load_(s.first) + ")";
+    ++loads;
+    if (s.count == 4)
+        line_("const __m128 " + name + " = _mm_loadu_ps" + addr + ";");
+    else if (s.count == 2)  // 8 bytes, needing no more than float alignment
+        line_("const __m128 " + name + " = _mm_castsi128_ps(_mm_loadl_epi64((const __m128i*)" + addr + "));");
+    else
+        line_("const __m128 " + name + " = _mm_load_ss" + addr + ";");
+    return loaded_[i] = name;
+}
+
+std::string FloatLanes::loadPair(int e0, int e1) {
+    if (e0 < 0 && e1 < 0) throw std::logic_error("a load reads no element");
+    if (e0 < 0) return select({"_mm_setzero_ps()", 0}, {spanVar(inSpansOf_.at(e1)[0]), e1 - inSpans_[inSpansOf_.at(e1)[0]].first});
+    // A span holding both elements if there is one, else the first of each.
+    int s0 = inSpansOf_.at(e0)[0], s1 = e1 >= 0 ? inSpansOf_.at(e1)[0] : -1;
+    if (e1 >= 0)
+        for (int a : inSpansOf_.at(e0))
+            for (int b : inSpansOf_.at(e1))
+                if (a == b) s0 = s1 = a;
+    const Lane a{spanVar(s0), e0 - inSpans_[s0].first};
+    if (e1 < 0) return a.lane == 0 ? a.var : select(a, a);
+    return select(a, {spanVar(s1), e1 - inSpans_[s1].first});
+}
+
+std::string FloatLanes::select(const Lane& a, const Lane& b) {
+    const std::string la = std::to_string(a.lane);
+    if (a.var == b.var) {
+        if (a.lane == 0 && b.lane == 1) return a.var;
+        ++shuffles;
+        return "_mm_shuffle_ps(" + a.var + ", " + a.var + ", " + std::to_string(a.lane | b.lane << 2) + ")";
+    }
+    ++shuffles;
+    if (a.lane == 0 && b.lane == 0) return "_mm_unpacklo_ps(" + a.var + ", " + b.var + ")";
+    if (a.lane == 2 && b.lane == 2) return "_mm_unpackhi_ps(" + a.var + ", " + b.var + ")";
+    if (a.lane == 0 && b.lane == 1) return "_mm_move_ss(" + b.var + ", " + a.var + ")";
+    // (a[la], a[la], b[lb], b[lb]), then its lanes 0 and 2.
+    ++shuffles;
+    const std::string t = "_mm_shuffle_ps(" + a.var + ", " + b.var + ", " + std::to_string(a.lane * 5 | b.lane * 80) + ")";
+    return "_mm_shuffle_ps(" + t + ", " + t + ", 8)";
+}
+
+// (x0, y0, x1, y1) of values p and q, made once per pair (either order):
+// its name and x, the value in its even lanes.
+std::pair<std::string, std::string> FloatLanes::interleaved(const std::string& p, const std::string& q) {
+    for (const auto& [x, y] : {std::pair{p, q}, std::pair{q, p}}) {
+        auto it = unpacked_.find({x, y});
+        if (it != unpacked_.end()) return {it->second, x};
+    }
+    const std::string name = "u" + std::to_string(unpacked_.size());
+    ++shuffles;
+    line_("const __m128 " + name + " = _mm_unpacklo_ps(" + p + ", " + q + ");");
+    unpacked_[{p, q}] = name;
+    return {name, p};
+}
+
+// Four lanes (lanes 0 and 1 of their values) as one value.
+std::string FloatLanes::gather(const std::vector<Lane>& l) {
+    auto shuffled = [&](const std::string& x, const std::string& y, const int pos[4]) {
+        const int imm = pos[0] | pos[1] << 2 | pos[2] << 4 | pos[3] << 6;
+        if (x == y && imm == 0xE4) return x;
+        ++shuffles;
+        return "_mm_shuffle_ps(" + x + ", " + y + ", " + std::to_string(imm) + ")";
+    };
+    int pos[4] = {l[0].lane, l[1].lane, l[2].lane, l[3].lane};
+    if (l[0].var == l[1].var && l[2].var == l[3].var) return shuffled(l[0].var, l[2].var, pos);
+    std::set<std::string> vars;
+    for (const Lane& x : l) vars.insert(x.var);
+    if (vars.size() == 2) {  // one interleave holds all four
+        const auto [u, even] = interleaved(*vars.begin(), *vars.rbegin());
+        for (int i = 0; i < 4; ++i) pos[i] = 2 * l[i].lane + (l[i].var != even);
+        return shuffled(u, u, pos);
+    }
+    // Each half from one value, or from the interleave of two.
+    std::string half[2];
+    for (int h = 0; h < 2; ++h) {
+        const Lane &p = l[2 * h], &q = l[2 * h + 1];
+        if (p.var == q.var) {
+            half[h] = p.var;
+            continue;
+        }
+        const auto [u, even] = interleaved(p.var, q.var);
+        half[h] = u;
+        pos[2 * h] = 2 * p.lane + (p.var != even), pos[2 * h + 1] = 2 * q.lane + (q.var != even);
+    }
+    return shuffled(half[0], half[1], pos);
+}
+
+void FloatLanes::store(int e, const Lane& from) {
+    sources_[e] = from;
+    for (int i : outSpansOf_.at(e)) {
+        const Span& s = outSpans_[i];
+        if (done_[i]) continue;
+        std::vector<Lane> lanes;
+        for (int k = s.first; k < s.first + s.count && sources_.count(k); ++k) lanes.push_back(sources_.at(k));
+        if (static_cast<int>(lanes.size()) < s.count) continue;
+        done_[i] = 1, ++stored_, ++stores;
+        std::string v = s.count == 4 ? gather(lanes) : s.count == 2 ? select(lanes[0], lanes[1]) : lanes[0].lane == 0 ? lanes[0].var : select(lanes[0], lanes[0]);
+        if (!scaleVar_.empty()) {
+            ++arithmetic;
+            line_("const __m128 p" + std::to_string(i) + " = _mm_mul_ps(" + v + ", " + scaleVar_ + ");");
+            v = "p" + std::to_string(i);
+        }
+        const std::string addr = "(" + store_(s.first) + ")";
+        if (s.count == 4)
+            line_("_mm_storeu_ps(" + addr + ", " + v + ");");
+        else if (s.count == 2)
+            line_("_mm_storel_epi64((__m128i*)" + addr + ", _mm_castps_si128(" + v + "));");
+        else
+            line_("_mm_store_ss(" + addr + ", " + v + ");");
+    }
+}
+
+}  // namespace kfpg::gen

@@ -1,0 +1,71 @@
+// Single-precision pair code (EmitMode::RealPairs with floats) keeps two
+// values in the low half of an __m128. This moves elements between memory
+// and such values sixteen bytes at a time where four neighbouring elements
+// are all read (or all written): a run of neighbours is covered by 4-element
+// spans (the last one overlapping the one before when three are left), then
+// one 2-element span and one 1-element span, so no element outside the given
+// set is ever touched. Lanes are gathered with as few shuffles as SSE allows.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace kfpg::gen {
+
+struct Span {
+    int first, count;  // elements first .. first + count - 1; count 4, 2 or 1
+};
+
+// Spans covering the elements (each run of neighbours on its own).
+std::vector<Span> coverWithSpans(const std::set<int>& elements);
+
+// One lane of a named __m128 value.
+struct Lane {
+    std::string var;
+    int lane;
+};
+
+class FloatLanes {
+public:
+    // `line` receives each statement; `load`/`store` give element i's address.
+    FloatLanes(std::function<void(const std::string&)> line, std::function<std::string(int)> load,
+               std::function<std::string(int)> store, std::string scaleVar);
+
+    // Input side: the elements every load reads (set before the first load).
+    void setInputs(const std::set<int>& elements);
+    // Expression of elements e0, e1 in lanes 0 and 1 (-1: that lane unused).
+    std::string loadPair(int e0, int e1);
+
+    // Output side: the elements the kernel writes (set before the first store).
+    void setOutputs(const std::set<int>& elements);
+    // Element e is lane `from`; every span now complete is scaled and stored.
+    void store(int e, const Lane& from);
+    bool allStored() const { return stored_ == static_cast<int>(outSpans_.size()); }
+
+    // Expression of lanes a and b in lanes 0 and 1 of one value.
+    std::string select(const Lane& a, const Lane& b);
+
+    long shuffles = 0, arithmetic = 0, loads = 0, stores = 0;
+
+private:
+    std::string spanVar(int spanIndex);
+    std::string gather(const std::vector<Lane>& lanes);
+    std::pair<std::string, std::string> interleaved(const std::string& p, const std::string& q);
+
+    std::function<void(const std::string&)> line_;
+    std::function<std::string(int)> load_, store_;
+    std::string scaleVar_;
+    std::vector<Span> inSpans_, outSpans_;
+    std::map<int, std::vector<int>> inSpansOf_, outSpansOf_;  // element -> spans containing it
+    std::map<int, std::string> loaded_;                        // input span -> its variable
+    std::map<int, Lane> sources_;                              // output element -> its lane
+    std::vector<char> done_;
+    int stored_ = 0;
+    std::map<std::pair<std::string, std::string>, std::string> unpacked_;
+};
+
+}  // namespace kfpg::gen

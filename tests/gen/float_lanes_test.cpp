@@ -1,0 +1,69 @@
+// Spans of single-precision memory moves: every element of the set is moved,
+// no element outside it is touched, and neighbours go four at a time.
+#include <gtest/gtest.h>
+
+#include <random>
+#include <set>
+
+#include "float_lanes.h"
+
+namespace {
+
+using namespace kfpg::gen;
+
+void expectCovers(const std::set<int>& elements) {
+    const std::vector<Span> spans = coverWithSpans(elements);
+    std::set<int> covered;
+    int fours = 0, rest = 0;
+    for (const Span& s : spans) {
+        ASSERT_TRUE(s.count == 4 || s.count == 2 || s.count == 1);
+        (s.count == 4 ? fours : rest)++;
+        for (int e = s.first; e < s.first + s.count; ++e) {
+            EXPECT_TRUE(elements.count(e)) << "element " << e << " outside the set";
+            covered.insert(e);
+        }
+    }
+    EXPECT_EQ(covered, elements);
+    // A run of r neighbours takes ceil-ish r/4 wide spans and at most two narrow ones.
+    int runs = 0, wide = 0;
+    for (auto it = elements.begin(); it != elements.end();) {
+        int r = 0;
+        for (const int first = *it; it != elements.end() && *it == first + r; ++it) ++r;
+        ++runs, wide += r / 4 + (r > 4 && r % 4 == 3);
+    }
+    EXPECT_EQ(fours, wide);
+    EXPECT_LE(rest, 2 * runs);
+}
+
+TEST(FloatSpans, CoverEveryRunOfNeighbours) {
+    for (int n = 1; n <= 70; ++n) {
+        std::set<int> all, ccs;
+        for (int e = 0; e < n; ++e) all.insert(e);
+        expectCovers(all);
+        ccs.insert(0);  // a CCS spectrum without its zero imaginary parts
+        for (int e = 2; e <= n; ++e) ccs.insert(e);
+        expectCovers(ccs);
+    }
+}
+
+TEST(FloatSpans, CoverScatteredSets) {
+    std::mt19937 rng(5);
+    for (int trial = 0; trial < 200; ++trial) {
+        std::set<int> s;
+        for (int e = 0; e < 40; ++e)
+            if (rng() % 3) s.insert(e);
+        expectCovers(s);
+    }
+}
+
+TEST(FloatSpans, ThreeLeftOverlapTheSpanBefore) {
+    const std::vector<Span> spans = coverWithSpans({0, 1, 2, 3, 4, 5, 6});
+    ASSERT_EQ(spans.size(), 2u);
+    EXPECT_EQ(spans[1].first, 3);
+    EXPECT_EQ(spans[1].count, 4);
+    const std::vector<Span> three = coverWithSpans({7, 8, 9});
+    ASSERT_EQ(three.size(), 2u);
+    EXPECT_EQ(three[0].count + three[1].count, 3);
+}
+
+}  // namespace
