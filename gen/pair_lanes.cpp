@@ -15,13 +15,15 @@ constexpr int kSearchWindow = 96;
 
 class Pairer {
 public:
-    Pairer(const Dag& s, Depth depth) : s_(s), depth_(depth), out_(ValueKind::Real, 2, s.signs()) {
+    Pairer(const Dag& s, Depth depth, Orientation orientation)
+        : s_(s), depth_(depth), orientation_(orientation), out_(ValueKind::Real, 2, s.signs()) {
         if (s.kind() != ValueKind::Real || s.lanes() != 1) throw std::logic_error("pairLanes needs a one-lane real DAG");
     }
 
     Dag run() {
         markLive();
         choosePartners();
+        if (orientation_ == Orientation::LaneZeroCheaper) orientPairs();
         build();
         return std::move(out_);
     }
@@ -253,6 +255,86 @@ private:
         }
     }
 
+    // ---- Orientation::LaneZeroCheaper ----
+    int laneOf(NodeId x) const { return paired(x) && !lane0_[x] ? 1 : 0; }
+    bool isZero(NodeId x) const { return node(x).op == Op::Zero; }
+
+    // Instructions (modelled) to have p in lane 0 and q in lane 1 of one value.
+    int joinCost(NodeId p, NodeId q) const {
+        if (isZero(p) && isZero(q)) return 0;
+        if (isInput(p) && isInput(q)) return element(q) == element(p) + 1 ? 0 : 1;
+        if (p == q) return 1;
+        if (partner_[p] == q) return lane0_[p] ? 0 : 1;
+        return 1 + (isInput(p) || isZero(p) ? 0 : laneOf(p));
+    }
+
+    // Whether the operands of an addition pair crosswise (u.a with v.b).
+    bool crosswise(NodeId u, NodeId v) const {
+        const Node &a = node(u), &b = node(v);
+        if (effectiveOp(u) != Op::Add) return false;
+        if (orientation_ == Orientation::Any) return fit(a.a, b.b) + fit(a.b, b.a) > fit(a.a, b.a) + fit(a.b, b.b);
+        return joinCost(a.a, b.b) + joinCost(a.b, b.a) < joinCost(a.a, b.a) + joinCost(a.b, b.b);
+    }
+
+    // Modelled shuffles feeding the vector operation of node n (and its partner).
+    int operationCost(NodeId n) const {
+        if (!paired(n)) {
+            const Node& a = node(n);
+            int cost = 0;
+            for (NodeId x : {a.a, a.b == a.a ? -1 : a.b})
+                if (x >= 0 && !isInput(x) && !isZero(x)) cost += laneOf(x);
+            return cost;
+        }
+        const NodeId u = lane0_[n] ? n : partner_[n], v = partner_[u];
+        const Node &a = node(u), &b = node(v);
+        const bool cross = crosswise(u, v);
+        const NodeId bx = cross ? b.b : b.a, by = cross ? b.a : b.b;
+        return joinCost(a.a, bx) + (a.b >= 0 ? joinCost(a.b, by) : 0);
+    }
+
+    // Local search: a pair is turned when that lowers the modelled shuffles
+    // of its own operation and of its users, and the stores of neighbouring
+    // output elements.
+    void orientPairs() {
+        const std::size_t count = s_.nodes().size();
+        std::vector<std::vector<NodeId>> users(count);
+        std::vector<int> outputElement(count, -1);
+        for (NodeId id = 0; id < static_cast<NodeId>(count); ++id) {
+            const Node& n = node(id);
+            if (!live_[id]) continue;
+            for (NodeId x : {n.a, n.b == n.a ? -1 : n.b})
+                if (x >= 0) users[x].push_back(id);
+        }
+        for (const Output& o : s_.outputs()) outputElement[o.value] = o.elements[0];
+        auto localCost = [&](NodeId u, NodeId v) {
+            std::vector<NodeId> ops{std::min(u, v)};
+            for (NodeId x : {u, v})
+                for (NodeId y : users[x]) ops.push_back(paired(y) ? std::min(y, partner_[y]) : y);
+            std::sort(ops.begin(), ops.end());
+            ops.erase(std::unique(ops.begin(), ops.end()), ops.end());
+            int cost = 0;
+            for (NodeId op : ops) cost += operationCost(op);
+            const NodeId first = lane0_[u] ? u : v, second = partner_[first];
+            if (outputElement[first] >= 0 && outputElement[second] >= 0)
+                cost += outputElement[second] != outputElement[first] + 1;
+            return cost;
+        };
+        for (int pass = 0; pass < 4; ++pass) {
+            bool turned = false;
+            for (NodeId u = 0; u < static_cast<NodeId>(count); ++u) {
+                const NodeId v = partner_[u];
+                if (v < u) continue;
+                const int before = localCost(u, v);
+                std::swap(lane0_[u], lane0_[v]);
+                if (localCost(u, v) < before)
+                    turned = true;
+                else
+                    std::swap(lane0_[u], lane0_[v]);
+            }
+            if (!turned) break;
+        }
+    }
+
     struct Place {
         NodeId value = -1;
         int lane = 0;
@@ -295,7 +377,7 @@ private:
         } else {
             const Node& b = node(v);
             NodeId bx = b.a, by = b.b;
-            if (effectiveOp(u) == Op::Add && fit(a.a, b.b) + fit(a.b, b.a) > fit(a.a, b.a) + fit(a.b, b.b)) std::swap(bx, by);
+            if (crosswise(u, v)) std::swap(bx, by);
             x = both(a.a, bx);
             if (a.b >= 0) y = both(a.b, by);
         }
@@ -352,6 +434,7 @@ private:
 
     const Dag& s_;
     Depth depth_;
+    Orientation orientation_;
     Dag out_;
     std::vector<char> live_, lane0_;
     std::vector<char> flip_;   // a Scale taken with its constant negated
@@ -366,6 +449,6 @@ private:
 
 }  // namespace
 
-Dag pairLanes(const Dag& scalar, Depth depth) { return Pairer(scalar, depth).run(); }
+Dag pairLanes(const Dag& scalar, Depth depth, Orientation orientation) { return Pairer(scalar, depth, orientation).run(); }
 
 }  // namespace kfpg::gen

@@ -17,8 +17,14 @@ namespace kfpg::gen {
 // (Dag::Instance) node by node, then the rest as `Flexible`.
 enum class Depth { FromInputs, FromOutputs, Flexible, Instances };
 
+// Which lane each value of a pair takes. `Any`: the first created in lane 0.
+// `LaneZeroCheaper`: pairs are turned (a local search) so that values taken
+// out of a vector come from lane 0 where they can: in single-precision code
+// a lane 0 joins a lane of another value in one shuffle, a lane 1 in two.
+enum class Orientation { Any, LaneZeroCheaper };
+
 // The same computation with every value in one lane of a two-lane value;
 // outputs keep their elements. The scalar DAG must be real and one-lane.
-Dag pairLanes(const Dag& scalar, Depth depth);
+Dag pairLanes(const Dag& scalar, Depth depth, Orientation orientation = Orientation::Any);
 
 }  // namespace kfpg::gen

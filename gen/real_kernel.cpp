@@ -47,12 +47,13 @@ EmitResult emitRealKernelBody(const Dag& dag, Precision precision) {
     o.scaleVar = "sc";
     // The pairing that emits the fewest instructions.
     EmitResult best;
-    for (Depth depth : {Depth::FromInputs, Depth::FromOutputs, Depth::Flexible, Depth::Instances}) {
-        const Dag paired = pairLanes(dag, depth);
-        checkSameOutputs(dag, paired);
-        EmitResult r = emitBody(paired, o);
-        if (best.body.empty() || r.counts.total() < best.counts.total()) best = std::move(r);
-    }
+    for (Depth depth : {Depth::FromInputs, Depth::FromOutputs, Depth::Flexible, Depth::Instances})
+        for (Orientation orientation : {Orientation::Any, Orientation::LaneZeroCheaper}) {
+            const Dag paired = pairLanes(dag, depth, orientation);
+            checkSameOutputs(dag, paired);
+            EmitResult r = emitBody(paired, o);
+            if (best.body.empty() || r.counts.total() < best.counts.total()) best = std::move(r);
+        }
     return best;
 }
 
