@@ -105,17 +105,18 @@ TEST_P(RealBuilder, LanePairingComputesTheSameOutputs) {
     const int n = GetParam();
     Dag dag(ValueKind::Real, 1, Signs::Separate);
     buildInto(dag, n, RealDftOptions{true, false});
-    for (Depth depth : {Depth::FromInputs, Depth::FromOutputs, Depth::Flexible}) {
-        const Dag paired = pairLanes(dag, depth);
-        ASSERT_EQ(paired.lanes(), 2);
-        EXPECT_LT(errorAgainstNaive(paired, n, 11u + n), 1e-16);
-        // Every output element is written by exactly one lane of one value.
-        std::vector<int> written(n + 2, 0);
-        for (const Output& o : paired.outputs())
-            for (int e : o.elements)
-                if (e >= 0) ++written[e];
-        for (const Output& o : dag.outputs()) EXPECT_EQ(written[o.elements[0]], 1) << o.elements[0];
-    }
+    for (Depth depth : {Depth::FromInputs, Depth::FromOutputs, Depth::Flexible, Depth::Instances})
+        for (Orientation orientation : {Orientation::Any, Orientation::LaneZeroCheaper}) {
+            const Dag paired = pairLanes(dag, depth, orientation);
+            ASSERT_EQ(paired.lanes(), 2);
+            EXPECT_LT(errorAgainstNaive(paired, n, 11u + n), 1e-16);
+            // Every output element is written by exactly one lane of one value.
+            std::vector<int> written(n + 2, 0);
+            for (const Output& o : paired.outputs())
+                for (int e : o.elements)
+                    if (e >= 0) ++written[e];
+            for (const Output& o : dag.outputs()) EXPECT_EQ(written[o.elements[0]], 1) << o.elements[0];
+        }
 }
 
 std::vector<int> allLengths() {
