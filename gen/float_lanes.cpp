@@ -55,18 +55,40 @@ std::string FloatLanes::spanVar(int i) {
     return loaded_[i] = name;
 }
 
+// Shuffles that select() needs for lanes la of one value and lb of another.
+static int selectCost(int la, int lb) { return (la == 0 && lb <= 1) || (la == 2 && lb == 2) ? 1 : 2; }
+
+// Elements from the loaded spans where that takes at most one shuffle, else
+// by scalar loads: the load ports are idle, while shuffles share their
+// execution ports with the arithmetic.
 std::string FloatLanes::loadPair(int e0, int e1) {
     if (e0 < 0 && e1 < 0) throw std::logic_error("a load reads no element");
-    if (e0 < 0) return select({"_mm_setzero_ps()", 0}, {spanVar(inSpansOf_.at(e1)[0]), e1 - inSpans_[inSpansOf_.at(e1)[0]].first});
-    // A span holding both elements if there is one, else the first of each.
-    int s0 = inSpansOf_.at(e0)[0], s1 = e1 >= 0 ? inSpansOf_.at(e1)[0] : -1;
-    if (e1 >= 0)
-        for (int a : inSpansOf_.at(e0))
-            for (int b : inSpansOf_.at(e1))
-                if (a == b) s0 = s1 = a;
-    const Lane a{spanVar(s0), e0 - inSpans_[s0].first};
-    if (e1 < 0) return a.lane == 0 ? a.var : select(a, a);
-    return select(a, {spanVar(s1), e1 - inSpans_[s1].first});
+    auto scalar = [&](int e) {
+        ++loads;
+        return "_mm_load_ss(" + load_(e) + ")";
+    };
+    auto lane = [&](int span, int e) { return Lane{spanVar(span), e - inSpans_[span].first}; };
+    if (e1 < 0) {
+        for (int s : inSpansOf_.at(e0))
+            if (inSpans_[s].first == e0) return spanVar(s);
+        return scalar(e0);
+    }
+    if (e0 < 0) {
+        for (int s : inSpansOf_.at(e1))
+            if (e1 - inSpans_[s].first <= 1) return select({"_mm_setzero_ps()", 0}, lane(s, e1));
+        ++shuffles;
+        return "_mm_unpacklo_ps(_mm_setzero_ps(), " + scalar(e1) + ")";
+    }
+    int best = 3, s0 = -1, s1 = -1;
+    for (int a : inSpansOf_.at(e0))
+        for (int b : inSpansOf_.at(e1)) {
+            const int la = e0 - inSpans_[a].first, lb = e1 - inSpans_[b].first;
+            const int cost = a == b ? (la == 0 && lb == 1 ? 0 : 1) : selectCost(la, lb);
+            if (cost < best) best = cost, s0 = a, s1 = b;
+        }
+    if (best <= 1) return select(lane(s0, e0), lane(s1, e1));
+    ++shuffles;
+    return "_mm_unpacklo_ps(" + scalar(e0) + ", " + scalar(e1) + ")";
 }
 
 std::string FloatLanes::select(const Lane& a, const Lane& b) {
