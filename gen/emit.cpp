@@ -383,14 +383,15 @@ private:
         return "_mm_loadh_pd(" + std::string(e0 >= 0 ? "_mm_load_sd(" + addr(e0) + ")" : "_mm_setzero_pd()") + ", " + addr(e1) + ")";
     }
     void startFloatLanes() {
-        std::set<int> in, out;
+        std::set<int> in;
+        std::map<int, Lane> out;
         for (const Node& n : dag_.nodes())
             if (n.op == Op::Input)
                 for (int e : dag_.inputElements(n.arg))
                     if (e >= 0) in.insert(e);
         for (const Output& o : dag_.outputs())
-            for (int e : o.elements)
-                if (e >= 0) out.insert(e);
+            for (int l = 0; l < static_cast<int>(o.elements.size()); ++l)
+                if (o.elements[l] >= 0) out[o.elements[l]] = {var(o.value), l};
         floatLanes_ = std::make_unique<FloatLanes>([this](const std::string& s) { line(s); }, o_.load, o_.store, o_.scaleVar);
         floatLanes_->setInputs(in);
         floatLanes_->setOutputs(out);

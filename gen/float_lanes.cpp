@@ -4,22 +4,60 @@
 
 namespace kfpg::gen {
 
-std::vector<Span> coverWithSpans(const std::set<int>& elements) {
-    std::vector<Span> spans;
+namespace {
+
+// Spans for the run first .. end - 1 whose 4-element spans start at
+// first + offset: the elements before them go in a 2- and a 1-element span,
+// three left at the end in a 4-element span overlapping the one before.
+void tileRun(int first, int end, int offset, std::vector<Span>& spans) {
+    int at = first;
+    if (offset >= 2) spans.push_back({at, 2}), at += 2;
+    if (offset % 2) spans.push_back({at, 1}), ++at;
+    for (; end - at >= 4; at += 4) spans.push_back({at, 4});
+    const int left = end - at;
+    if (left == 3 && end - first >= 4) {
+        spans.push_back({end - 4, 4});  // rewrites one element with the same value (or rereads it)
+        return;
+    }
+    if (left >= 2) spans.push_back({at, 2}), at += 2;
+    if (end - at == 1) spans.push_back({at, 1});
+}
+
+template <class F>
+void forEachRun(const std::set<int>& elements, F f) {
     for (auto it = elements.begin(); it != elements.end();) {
         const int first = *it;
         int end = first;
         while (it != elements.end() && *it == end) ++it, ++end;
-        int at = first;
-        for (; end - at >= 4; at += 4) spans.push_back({at, 4});
-        const int left = end - at;
-        if (left == 3 && end - first >= 4) {
-            spans.push_back({end - 4, 4});  // rewrites one element with the same value (or rereads it)
-            continue;
-        }
-        if (left >= 2) spans.push_back({at, 2}), at += 2;
-        if (end - at == 1) spans.push_back({at, 1});
+        f(first, end);
     }
+}
+
+}  // namespace
+
+// Shuffles that select() needs for lanes la of one value and lb of another.
+static int selectCost(int la, int lb) { return (la == 0 && lb <= 1) || (la == 2 && lb == 2) ? 1 : 2; }
+
+std::vector<Span> coverWithSpans(const std::set<int>& elements) {
+    std::vector<Span> spans;
+    forEachRun(elements, [&](int first, int end) { tileRun(first, end, 0, spans); });
+    return spans;
+}
+
+std::vector<Span> coverWithSpans(const std::set<int>& elements, const std::function<int(const Span&)>& cost) {
+    std::vector<Span> spans;
+    forEachRun(elements, [&](int first, int end) {
+        std::vector<Span> best;
+        int bestCost = 0;
+        for (int offset = 0; offset < 4 && offset < end - first; ++offset) {
+            std::vector<Span> run;
+            tileRun(first, end, offset, run);
+            int c = 0;
+            for (const Span& sp : run) c += cost(sp);
+            if (best.empty() || c < bestCost) best = run, bestCost = c;
+        }
+        spans.insert(spans.end(), best.begin(), best.end());
+    });
     return spans;
 }
 
@@ -33,8 +71,29 @@ void FloatLanes::setInputs(const std::set<int>& elements) {
         for (int e = inSpans_[i].first; e < inSpans_[i].first + inSpans_[i].count; ++e) inSpansOf_[e].push_back(i);
 }
 
-void FloatLanes::setOutputs(const std::set<int>& elements) {
-    outSpans_ = coverWithSpans(elements);
+// Shuffles that gather() needs for four lanes.
+static int gatherCost(const std::vector<Lane>& l) {
+    if (l[0].var == l[1].var && l[2].var == l[3].var) return 1;
+    std::set<std::string> vars;
+    for (const Lane& x : l) vars.insert(x.var);
+    const bool interleave = l[0].var == l[2].var && l[1].var == l[3].var && l[0].lane == 0 && l[1].lane == 0 && l[2].lane == 1 && l[3].lane == 1;
+    if (vars.size() == 2) return interleave ? 1 : 2;
+    return 1 + (l[0].var != l[1].var) + (l[2].var != l[3].var);
+}
+
+void FloatLanes::setOutputs(const std::map<int, Lane>& sources) {
+    std::set<int> elements;
+    for (const auto& [e, lane] : sources) elements.insert(e);
+    // Per run, the spans needing the fewest shuffles and multiplications
+    // (a store counts half of either).
+    outSpans_ = coverWithSpans(elements, [&](const Span& s) {
+        std::vector<Lane> l;
+        for (int e = s.first; e < s.first + s.count; ++e) l.push_back(sources.at(e));
+        const int shuffles = s.count == 4 ? gatherCost(l)
+                             : s.count == 2 ? (l[0].var == l[1].var ? (l[0].lane == 0 && l[1].lane == 1 ? 0 : 1) : selectCost(l[0].lane, l[1].lane))
+                                            : l[0].lane != 0;
+        return 2 * (shuffles + 1) + 1;
+    });
     done_.assign(outSpans_.size(), 0);
     for (int i = 0; i < static_cast<int>(outSpans_.size()); ++i)
         for (int e = outSpans_[i].first; e < outSpans_[i].first + outSpans_[i].count; ++e) outSpansOf_[e].push_back(i);
@@ -54,9 +113,6 @@ std::string FloatLanes::spanVar(int i) {
         line_("const __m128 " + name + " = _mm_load_ss" + addr + ";");
     return loaded_[i] = name;
 }
-
-// Shuffles that select() needs for lanes la of one value and lb of another.
-static int selectCost(int la, int lb) { return (la == 0 && lb <= 1) || (la == 2 && lb == 2) ? 1 : 2; }
 
 // Elements from the loaded spans where that takes at most one shuffle, else
 // by scalar loads: the load ports are idle, while shuffles share their
@@ -135,7 +191,8 @@ std::string FloatLanes::gather(const std::vector<Lane>& l) {
     std::set<std::string> vars;
     for (const Lane& x : l) vars.insert(x.var);
     if (vars.size() == 2) {  // one interleave holds all four
-        const auto [u, even] = interleaved(*vars.begin(), *vars.rbegin());
+        const std::string& other = l[1].var != l[0].var ? l[1].var : l[2].var != l[0].var ? l[2].var : l[3].var;
+        const auto [u, even] = interleaved(l[0].var, other);
         for (int i = 0; i < 4; ++i) pos[i] = 2 * l[i].lane + (l[i].var != even);
         return shuffled(u, u, pos);
     }

@@ -20,8 +20,12 @@ struct Span {
     int first, count;  // elements first .. first + count - 1; count 4, 2 or 1
 };
 
-// Spans covering the elements (each run of neighbours on its own).
+// Spans covering the elements (each run of neighbours on its own), the
+// 4-element spans of a run starting at its first element.
 std::vector<Span> coverWithSpans(const std::set<int>& elements);
+// The same, where each run's 4-element spans start at whichever of its first
+// four elements gives the lowest total cost.
+std::vector<Span> coverWithSpans(const std::set<int>& elements, const std::function<int(const Span&)>& cost);
 
 // One lane of a named __m128 value.
 struct Lane {
@@ -40,8 +44,9 @@ public:
     // Expression of elements e0, e1 in lanes 0 and 1 (-1: that lane unused).
     std::string loadPair(int e0, int e1);
 
-    // Output side: the elements the kernel writes (set before the first store).
-    void setOutputs(const std::set<int>& elements);
+    // Output side: every element the kernel writes and the lane it comes
+    // from (set before the first store).
+    void setOutputs(const std::map<int, Lane>& sources);
     // Element e is lane `from`; every span now complete is scaled and stored.
     void store(int e, const Lane& from);
     bool allStored() const { return stored_ == static_cast<int>(outSpans_.size()); }

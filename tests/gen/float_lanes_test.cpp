@@ -66,4 +66,29 @@ TEST(FloatSpans, ThreeLeftOverlapTheSpanBefore) {
     EXPECT_EQ(three[0].count + three[1].count, 3);
 }
 
+TEST(FloatSpans, CostChoosesWhereTheWideSpansOfARunStart) {
+    // Wide spans are cheap only from odd elements: a Pack spectrum's (R_k, I_k) pairs.
+    auto cost = [](const Span& s) { return s.count == 4 && s.first % 2 == 0 ? 10 : 1; };
+    const std::vector<Span> spans = coverWithSpans({0, 1, 2, 3, 4, 5, 6, 7, 8}, cost);
+    ASSERT_EQ(spans.size(), 3u);
+    EXPECT_EQ(spans[0].first, 0);
+    EXPECT_EQ(spans[0].count, 1);
+    EXPECT_EQ(spans[1].first, 1);
+    EXPECT_EQ(spans[2].first, 5);
+    // Whatever the costs, every element is covered and none outside.
+    std::mt19937 rng(9);
+    for (int trial = 0; trial < 100; ++trial) {
+        std::set<int> s;
+        for (int e = 0; e < 30; ++e)
+            if (rng() % 4) s.insert(e);
+        std::set<int> covered;
+        for (const Span& sp : coverWithSpans(s, [&](const Span&) { return static_cast<int>(rng() % 7); }))
+            for (int e = sp.first; e < sp.first + sp.count; ++e) {
+                EXPECT_TRUE(s.count(e)) << e;
+                covered.insert(e);
+            }
+        EXPECT_EQ(covered, s);
+    }
+}
+
 }  // namespace
