@@ -148,7 +148,6 @@ std::string FloatLanes::loadPair(int e0, int e1) {
 }
 
 std::string FloatLanes::select(const Lane& a, const Lane& b) {
-    const std::string la = std::to_string(a.lane);
     if (a.var == b.var) {
         if (a.lane == 0 && b.lane == 1) return a.var;
         ++shuffles;

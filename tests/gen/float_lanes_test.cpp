@@ -56,16 +56,6 @@ TEST(FloatSpans, CoverScatteredSets) {
     }
 }
 
-TEST(FloatSpans, ThreeLeftOverlapTheSpanBefore) {
-    const std::vector<Span> spans = coverWithSpans({0, 1, 2, 3, 4, 5, 6});
-    ASSERT_EQ(spans.size(), 2u);
-    EXPECT_EQ(spans[1].first, 3);
-    EXPECT_EQ(spans[1].count, 4);
-    const std::vector<Span> three = coverWithSpans({7, 8, 9});
-    ASSERT_EQ(three.size(), 2u);
-    EXPECT_EQ(three[0].count + three[1].count, 3);
-}
-
 TEST(FloatSpans, CostChoosesWhereTheWideSpansOfARunStart) {
     // Wide spans are cheap only from odd elements: a Pack spectrum's (R_k, I_k) pairs.
     auto cost = [](const Span& s) { return s.count == 4 && s.first % 2 == 0 ? 10 : 1; };

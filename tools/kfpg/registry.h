@@ -24,6 +24,14 @@ struct CheckSummary {
 // this many random inputs: one input alone varies by a third at small sizes.
 constexpr unsigned kAccuracyInputs = 16;
 
+// Root mean square of errorOfInput(i) over the inputs i = 0 .. kAccuracyInputs - 1.
+template <class F>
+double rmsOverInputs(F errorOfInput) {
+    double squares = 0;
+    for (unsigned i = 0; i < kAccuracyInputs; ++i) squares += std::pow(errorOfInput(i), 2);
+    return std::sqrt(squares / kAccuracyInputs);
+}
+
 struct BenchRow {
     std::string label;        // e.g. "N=12 fwd"
     double oursNs = NAN;      // median ns per call

@@ -161,22 +161,19 @@ std::vector<BenchRow> bench(bool inverse) {
         C* in = inStore.data();
         C* out = outStore.data();
 #endif
-        double oursSquares = 0;
-        [[maybe_unused]] double peerSquares = 0;
-        for (unsigned input = 0; input < kfpg::tool::kAccuracyInputs; ++input) {
+        row.oursError = kfpg::tool::rmsOverInputs([&](unsigned input) {
             const auto xi = randomInput<C>(n, 5u + n + 1000u * input);
             std::memcpy(in, xi.data(), n * sizeof(C));
             kernel(in, out, ScaleNone);
-            oursSquares += std::pow(errorOf(out, xi.data(), n, inverse, 1), 2);
+            return errorOf(out, xi.data(), n, inverse, 1);
+        });
 #ifdef KFPG_HAVE_FFTW
+        row.peerError = kfpg::tool::rmsOverInputs([&](unsigned input) {
+            const auto xi = randomInput<C>(n, 5u + n + 1000u * input);
             std::memcpy(peerIn, xi.data(), n * sizeof(C));
             F::execute(plan, peerIn, peerOut);
-            peerSquares += std::pow(errorOf(peerOut, xi.data(), n, inverse, 1), 2);
-#endif
-        }
-        row.oursError = std::sqrt(oursSquares / kfpg::tool::kAccuracyInputs);
-#ifdef KFPG_HAVE_FFTW
-        row.peerError = std::sqrt(peerSquares / kfpg::tool::kAccuracyInputs);
+            return errorOf(peerOut, xi.data(), n, inverse, 1);
+        });
 #endif
         std::memcpy(in, x.data(), n * sizeof(C));
         bodies.push_back(kfpg::bench::repeated([=] { kernel(in, out, ScaleNone); }, out));

@@ -156,25 +156,21 @@ std::vector<BenchRow> bench() {
             const auto kernel = Traits<T>::sized(n, layout);
             bodies.push_back(kfpg::bench::repeated([=] { kernel(in, out, ScaleNone); }, out));
         }
-        double oursSquares = 0;
-        for (unsigned input = 0; input < kfpg::tool::kAccuracyInputs; ++input) {
+        row.oursError = kfpg::tool::rmsOverInputs([&](unsigned input) {
             const auto xi = randomInput<T>(n, 5u + n + 1000u * input);
             std::vector<T> y(count);
             Traits<T>::sized(n, Layout::CCS)(xi.data(), y.data(), ScaleNone);
-            oursSquares += std::pow(errorOf(y.data(), xi.data(), n, Layout::CCS, 1), 2);
-        }
-        row.oursError = std::sqrt(oursSquares / kfpg::tool::kAccuracyInputs);
+            return errorOf(y.data(), xi.data(), n, Layout::CCS, 1);
+        });
 #ifdef KFPG_HAVE_FFTW
         using F = Fftw<T>;
         auto plan = F::plan(n, peerIn, peerOut);
-        double peerSquares = 0;
-        for (unsigned input = 0; input < kfpg::tool::kAccuracyInputs; ++input) {
+        row.peerError = kfpg::tool::rmsOverInputs([&](unsigned input) {
             const auto xi = randomInput<T>(n, 5u + n + 1000u * input);
             std::memcpy(peerIn, xi.data(), n * sizeof(T));
             F::execute(plan, peerIn, peerOut);
-            peerSquares += std::pow(errorOf(peerOut, xi.data(), n, Layout::CCS, 1), 2);
-        }
-        row.peerError = std::sqrt(peerSquares / kfpg::tool::kAccuracyInputs);
+            return errorOf(peerOut, xi.data(), n, Layout::CCS, 1);
+        });
         std::memcpy(peerIn, x.data(), n * sizeof(T));
         bodies.push_back(kfpg::bench::repeated([=] { F::execute(plan, peerIn, peerOut); }, peerOut));
 #endif

@@ -159,26 +159,24 @@ std::vector<BenchRow> bench() {
         std::vector<std::vector<T>> src(3), dst(3, std::vector<T>(n));
         const auto ccs = randomCcs<T>(n, 7u + n);
         for (Layout layout : kLayouts) src[static_cast<int>(layout)] = inLayout(ccs, n, layout);
-        double oursSquares = 0;
-        [[maybe_unused]] double peerSquares = 0;
+        row.oursError = kfpg::tool::rmsOverInputs([&](unsigned input) {
+            const auto xi = randomCcs<T>(n, 7u + n + 1000u * input);
+            std::vector<T> out(n);
+            Traits<T>::sized(n, Layout::CCS)(xi.data(), out.data(), ScaleNone);
+            return errorOf(out.data(), xi, n, 1);
+        });
 #ifdef KFPG_HAVE_FFTW
         using F = Fftw<T>;
         T* peerIn = static_cast<T*>(F::alloc(ccsCount * sizeof(T)));
         T* peerOut = static_cast<T*>(F::alloc(n * sizeof(T)));
         auto plan = F::plan(n, peerIn, peerOut);
-#endif
-        for (unsigned input = 0; input < kfpg::tool::kAccuracyInputs; ++input) {
+        row.peerError = kfpg::tool::rmsOverInputs([&](unsigned input) {
             const auto xi = randomCcs<T>(n, 7u + n + 1000u * input);
-            std::vector<T> out(n);
-            Traits<T>::sized(n, Layout::CCS)(xi.data(), out.data(), ScaleNone);
-            oursSquares += std::pow(errorOf(out.data(), xi, n, 1), 2);
-#ifdef KFPG_HAVE_FFTW
             std::memcpy(peerIn, xi.data(), ccsCount * sizeof(T));
             F::execute(plan, peerIn, peerOut);
-            peerSquares += std::pow(errorOf(peerOut, xi, n, 1), 2);
+            return errorOf(peerOut, xi, n, 1);
+        });
 #endif
-        }
-        row.oursError = std::sqrt(oursSquares / kfpg::tool::kAccuracyInputs);
         std::vector<kfpg::bench::Body> bodies;
         for (Layout layout : kLayouts) {
             const auto kernel = Traits<T>::sized(n, layout);
@@ -187,7 +185,6 @@ std::vector<BenchRow> bench() {
             bodies.push_back(kfpg::bench::repeated([=] { kernel(in, out, ScaleNone); }, out));
         }
 #ifdef KFPG_HAVE_FFTW
-        row.peerError = std::sqrt(peerSquares / kfpg::tool::kAccuracyInputs);
         std::memcpy(peerIn, ccs.data(), ccsCount * sizeof(T));
         bodies.push_back(kfpg::bench::repeated([=] { F::execute(plan, peerIn, peerOut); }, peerOut));
 #endif
