@@ -191,7 +191,7 @@ std::vector<BenchRow> bench() {
         const auto ns = kfpg::bench::interleavedMedians(bodies);
         row.oursNs = ns[0];
         char note[96];
-        std::snprintf(note, sizeof note, "Pack %.2f, Perm %.2f of CCS", ns[1] / ns[0], ns[2] / ns[0]);
+        std::snprintf(note, sizeof note, "Pack %.2f Perm %.2f (x CCS)", ns[1] / ns[0], ns[2] / ns[0]);
         row.note = note;
 #ifdef KFPG_HAVE_FFTW
         row.peerNs = ns[3];
