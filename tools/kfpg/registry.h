@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <cstddef>
+#include <cstdio>
 #include <functional>
 #include <string>
 #include <vector>
@@ -30,6 +31,13 @@ double rmsOverInputs(F errorOfInput) {
     double squares = 0;
     for (unsigned i = 0; i < kAccuracyInputs; ++i) squares += std::pow(errorOfInput(i), 2);
     return std::sqrt(squares / kAccuracyInputs);
+}
+
+// The note of a real DFT row: the Pack and Perm kernels' times as ratios to CCS.
+inline std::string packPermNote(double ccsNs, double packNs, double permNs) {
+    char note[64];
+    std::snprintf(note, sizeof note, "Pack %.2f Perm %.2f (x CCS)", packNs / ccsNs, permNs / ccsNs);
+    return note;
 }
 
 struct BenchRow {

@@ -31,6 +31,8 @@ def instruction_mix(library):
         if not insn or current is None:
             continue
         op, args = insn.groups()
+        if op.startswith("nop") or op == "xchg":  # padding after the return
+            continue
         current["all"] += 1
         zeroing = op.startswith("xor") and args.split(",")[0] == args.split(",")[-1]
         if op in ADDER and not zeroing:

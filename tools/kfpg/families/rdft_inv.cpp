@@ -3,7 +3,6 @@
 // (patient, input preserved as ours is, new-array execute), with PackToR
 // and PermToR as ratios to CCSToR.
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -190,9 +189,7 @@ std::vector<BenchRow> bench() {
 #endif
         const auto ns = kfpg::bench::interleavedMedians(bodies);
         row.oursNs = ns[0];
-        char note[96];
-        std::snprintf(note, sizeof note, "Pack %.2f Perm %.2f (x CCS)", ns[1] / ns[0], ns[2] / ns[0]);
-        row.note = note;
+        row.note = kfpg::tool::packPermNote(ns[0], ns[1], ns[2]);
 #ifdef KFPG_HAVE_FFTW
         row.peerNs = ns[3];
         row.peerVector = kfpg::tool::widestVectorCode(Fftw<T>::text(plan));
