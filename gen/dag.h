@@ -106,10 +106,11 @@ public:
     void output(int element, NodeId value);
     void outputLanes(const std::vector<int>& elements, NodeId value);
 
-    // While alive, new arithmetic nodes are marked wide (computed in double).
+    // While alive, new arithmetic nodes are marked wide (computed in double),
+    // or with `wide` false not.
     class WideScope {
     public:
-        explicit WideScope(Dag& dag) : dag_(dag), saved_(dag.wide_) { dag_.wide_ = true; }
+        explicit WideScope(Dag& dag, bool wide = true) : dag_(dag), saved_(dag.wide_) { dag_.wide_ = wide; }
         ~WideScope() { dag_.wide_ = saved_; }
         WideScope(const WideScope&) = delete;
         WideScope& operator=(const WideScope&) = delete;

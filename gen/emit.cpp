@@ -39,6 +39,7 @@ public:
         for (const Output& out : dag_.outputs()) visit(out.value, visited, order);
         if (o_.schedule != Schedule::DepthFirst) std::sort(order.begin(), order.end());
         if (o_.schedule == Schedule::Latency) order = latencyOrder(order);
+        if (o_.schedule == Schedule::CreationNearUse) order = productsNearUse(order);
         markUsedLanes(order);
         if (o_.mode == EmitMode::RealPairs && !f64()) startFloatLanes();
 
@@ -132,6 +133,27 @@ private:
                 pending.erase(pending.begin() + static_cast<long>(i));
             }
             ++cycle;
+        }
+        return out;
+    }
+
+    // See Schedule::CreationNearUse.
+    std::vector<NodeId> productsNearUse(const std::vector<NodeId>& order) const {
+        std::vector<int> uses(dag_.nodes().size(), 0);
+        for (NodeId id : order) {
+            const Node& n = dag_.node(id);
+            if (n.a >= 0) ++uses[n.a];
+            if (n.b >= 0 && n.b != n.a) ++uses[n.b];
+        }
+        for (const Output& out : dag_.outputs()) ++uses[out.value];
+        auto moves = [&](NodeId id) { return id >= 0 && dag_.node(id).op == Op::Scale && uses[id] == 1; };
+        std::vector<NodeId> out;
+        for (NodeId id : order) {
+            if (moves(id)) continue;
+            const Node& n = dag_.node(id);
+            for (NodeId x : {n.a, n.b == n.a ? -1 : n.b})
+                if (moves(x)) out.push_back(x);
+            out.push_back(id);
         }
         return out;
     }

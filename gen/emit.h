@@ -32,6 +32,10 @@ enum class Schedule {
     // at most `aheadLive` values taken ahead of the creation order may be
     // live at once (more of them spill).
     Latency,
+    // Creation order, except that a product with one use is computed right
+    // before that use: a transposed network creates its products long before
+    // the sums that take them.
+    CreationNearUse,
 };
 
 struct EmitOptions {

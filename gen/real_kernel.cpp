@@ -45,6 +45,7 @@ EmitResult emitRealKernelBody(const Dag& dag, Precision precision) {
     o.load = [](int i) { return "pSrc + " + std::to_string(i); };
     o.store = [](int i) { return "pDst + " + std::to_string(i); };
     o.scaleVar = "sc";
+    o.schedule = Schedule::CreationNearUse;
     // The pairing that emits the fewest instructions.
     EmitResult best;
     for (Depth depth : {Depth::FromInputs, Depth::FromOutputs, Depth::Flexible, Depth::Instances})
@@ -62,7 +63,12 @@ std::string realKernelFunction(const RealKernelText& k) {
     const std::string t = f32 ? "float" : "double", type = f32 ? "kfp32f" : "kfp64f";
     static const char* const directions[] = {"Forward", "Inverse", "SelfInverse"};
     const Real n = k.n;
-    std::string s = "extern \"C\" KFPG_API KfpStatus " + k.name + "(const " + type + "* pSrc, " + type + "* pDst, int flag) {\n";
+    // The emitted order stays: the compiler would otherwise move each
+    // one-use chain of additions to its end, so that a block of direct sums
+    // runs one sum at a time with every term live (spilled, then reloaded
+    // once per product).
+    std::string s = "extern \"C\" KFPG_API __attribute__((optimize(\"no-tree-ter\"))) KfpStatus " + k.name + "(const " + type +
+                    "* pSrc, " + type + "* pDst, int flag) {\n";
     s += "    if (!pSrc || !pDst) return StatusNullPointer;\n";
     s += "    static constexpr kfpg::FlagFactors<" + t + "> kFactors = kfpg::flagFactors<" + t + ">(kfpg::ScaleDirection::" +
          directions[static_cast<int>(k.direction)] + ", " + literal(1, k.precision) + ", " + literal(1 / n, k.precision) + ", " +

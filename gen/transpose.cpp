@@ -17,10 +17,12 @@ struct Term {
 
 class Transposer {
 public:
-    Transposer(Dag& target, const Dag& forward) : t_(target), f_(forward), terms_(forward.nodes().size()) {
+    Transposer(Dag& target, const Dag& forward)
+        : t_(target), f_(forward), terms_(forward.nodes().size()), narrowSum_(terms_.size(), -1), wideSum_(terms_.size(), -1) {
         if (f_.kind() != ValueKind::Real || f_.lanes() != 1) throw std::logic_error("transposition needs a one-lane real DAG");
         markLive();
         findWideRegions();
+        findWideTerms();
     }
 
     std::vector<NodeId> run(const std::vector<NodeId>& y, int inputCount) {
@@ -80,6 +82,17 @@ private:
         }
     }
 
+    // Which nodes will be passed a share of a wide sum region (see pass).
+    void findWideTerms() {
+        getsWideTerms_.assign(f_.nodes().size(), 0);
+        for (NodeId id = 0; id < static_cast<NodeId>(f_.nodes().size()); ++id) {
+            const Node& n = f_.node(id);
+            if (!live_[id] || !n.wide || !sumRegion_[root(id)] || n.op == Op::Input) continue;
+            for (NodeId operand : {n.a, n.b})
+                if (operand >= 0 && !f_.node(operand).wide) getsWideTerms_[operand] = 1;
+        }
+    }
+
     NodeId root(NodeId id) {
         while (region_[id] != id) id = region_[id] = region_[region_[id]];
         return id;
@@ -92,15 +105,23 @@ private:
         if (f_.node(from).wide && !f_.node(to).wide) {
             if (sumRegion_[root(from)]) {
                 terms_[to].push_back({value, true});
+                Dag::WideScope scope(t_);
+                wideSum_[to] = wideSum_[to] < 0 ? value : t_.add(wideSum_[to], value);
                 return;
             }
             value = t_.narrow(value);
         }
         terms_[to].push_back({value, false});
+        if (getsWideTerms_[to]) return;
+        Dag::WideScope scope(t_, f_.node(to).wide);
+        narrowSum_[to] = narrowSum_[to] < 0 ? value : t_.add(narrowSum_[to], value);
     }
 
     // The sum of a node's contributions in the order they came; the shares of
     // wide sum regions are summed in double where the first of them stood.
+    // pass() has already built these sums term by term as the contributions
+    // came (the same nodes), so that each term is added where it is made: a
+    // transposed block of sums then runs block by block, as the forward one.
     NodeId adjoint(NodeId id) {
         const std::vector<Term>& terms = terms_[id];
         NodeId wide = -1;
@@ -124,7 +145,8 @@ private:
     Dag& t_;
     const Dag& f_;
     std::vector<std::vector<Term>> terms_;
-    std::vector<char> live_;
+    std::vector<NodeId> narrowSum_, wideSum_;  // partial sums built by pass()
+    std::vector<char> live_, getsWideTerms_;
     std::vector<NodeId> region_;
     std::vector<char> sumRegion_;
 };
