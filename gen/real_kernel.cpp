@@ -63,12 +63,9 @@ std::string realKernelFunction(const RealKernelText& k) {
     const std::string t = f32 ? "float" : "double", type = f32 ? "kfp32f" : "kfp64f";
     static const char* const directions[] = {"Forward", "Inverse", "SelfInverse"};
     const Real n = k.n;
-    // The emitted order stays: the compiler would otherwise move each
-    // one-use chain of additions to its end, so that a block of direct sums
-    // runs one sum at a time with every term live (spilled, then reloaded
-    // once per product).
-    std::string s = "extern \"C\" KFPG_API __attribute__((optimize(\"no-tree-ter\"))) KfpStatus " + k.name + "(const " + type +
-                    "* pSrc, " + type + "* pDst, int flag) {\n";
+    const std::string keptOrder = k.body.counts.total() >= kKeptOrderFrom ? "__attribute__((optimize(\"no-tree-ter\"))) " : "";
+    std::string s = "extern \"C\" KFPG_API " + keptOrder + "KfpStatus " + k.name + "(const " + type + "* pSrc, " + type +
+                    "* pDst, int flag) {\n";
     s += "    if (!pSrc || !pDst) return StatusNullPointer;\n";
     s += "    static constexpr kfpg::FlagFactors<" + t + "> kFactors = kfpg::flagFactors<" + t + ">(kfpg::ScaleDirection::" +
          directions[static_cast<int>(k.direction)] + ", " + literal(1, k.precision) + ", " + literal(1 / n, k.precision) + ", " +
@@ -76,7 +73,7 @@ std::string realKernelFunction(const RealKernelText& k) {
     s += "    " + t + " factor;\n";
     s += "    if (!kfpg::scaleFactor(flag, kFactors, factor)) return StatusFlagError;\n";
     s += std::string("    const ") + (f32 ? "__m128 sc = _mm_set1_ps" : "__m128d sc = _mm_set1_pd") + "(factor);\n";
-    return s + k.body + k.after + "    return StatusOk;\n}\n";
+    return s + k.body.body + k.after + "    return StatusOk;\n}\n";
 }
 
 }  // namespace kfpg::gen

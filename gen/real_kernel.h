@@ -30,12 +30,19 @@ struct RealKernelText {
     int n;                  // transform length (for the factors 1/n, 1/sqrt(n))
     Precision precision;
     RealDirection direction;
-    std::string body;       // from emitRealKernelBody
+    EmitResult body;        // from emitRealKernelBody
     std::string after;      // statements after the body (e.g. literal zero stores)
 };
 
 // The exported function: pSrc and pDst checked for null, the flag decoded
 // into `factor` (StatusFlagError for anything but the four flags), the body.
+// Bodies of kKeptOrderFrom emitted instructions and more are compiled in
+// the order they were emitted: the compiler's forwarding of one-use values
+// would move each one-use chain of additions to its end, so that a block of
+// direct sums runs one sum at a time with every term live (spilled, then
+// reloaded once per product). Shorter bodies, which spill nothing, measured
+// faster with it.
+inline constexpr long kKeptOrderFrom = 64;
 std::string realKernelFunction(const RealKernelText& k);
 
 }  // namespace kfpg::gen

@@ -81,7 +81,7 @@ void generate(SourceSet& out) {
             const Dag dag = buildKernelDag(n, p);
             checkAgainstNaiveHartley(dag, n, p);
             const EmitResult body = emitRealKernelBody(dag, p);
-            out.add(realKernelFunction({kernelName(n, p), n, p, RealDirection::SelfInverse, body.body, ""}), body.counts.total());
+            out.add(realKernelFunction({kernelName(n, p), n, p, RealDirection::SelfInverse, body, ""}), body.counts.total());
             out.reportLine(tableLine(n, p, countFlops(dag), body.counts));
         }
 }

@@ -80,7 +80,7 @@ std::string kernelCode(const Kernel& k, const EmitResult& body) {
         zeros += "    pDst[1] = 0;\n";
         if (k.n % 2 == 0) zeros += "    pDst[" + std::to_string(k.n + 1) + "] = 0;\n";
     }
-    return realKernelFunction({k.name(), k.n, k.precision, RealDirection::Forward, body.body, zeros});
+    return realKernelFunction({k.name(), k.n, k.precision, RealDirection::Forward, body, zeros});
 }
 
 std::string tableLine(const Kernel& k, const FlopCount& f, const OpCounts& c) {

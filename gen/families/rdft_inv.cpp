@@ -170,7 +170,7 @@ void generate(SourceSet& out) {
                 const Dag dag = buildKernelDag(k);
                 checkAgainstNaiveInverse(dag, k);
                 const EmitResult body = emitRealKernelBody(dag, k.precision);
-                code += realKernelFunction({k.name(), k.n, k.precision, RealDirection::Inverse, body.body, ""}) + "\n";
+                code += realKernelFunction({k.name(), k.n, k.precision, RealDirection::Inverse, body, ""}) + "\n";
                 cost += body.counts.total();
                 out.reportLine(tableLine(k, countFlops(dag), body.counts));
             }
