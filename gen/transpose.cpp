@@ -1,5 +1,6 @@
 #include "transpose.h"
 
+#include <map>
 #include <memory>
 #include <numeric>
 #include <stdexcept>
@@ -28,31 +29,64 @@ public:
     std::vector<NodeId> run(const std::vector<NodeId>& y, int inputCount) {
         for (const Output& o : f_.outputs()) terms_[o.value].push_back({y.at(o.elements[0]), false});
         std::vector<NodeId> x(inputCount, t_.zero());
+        InstanceMarks marks(t_, f_);
         for (NodeId id = static_cast<NodeId>(f_.nodes().size()) - 1; id >= 0; --id) {
-            if (!live_[id] || terms_[id].empty()) continue;
-            const Node& n = f_.node(id);
-            std::unique_ptr<Dag::WideScope> scope(n.wide ? new Dag::WideScope(t_) : nullptr);
-            const NodeId g = adjoint(id);
-            switch (n.op) {
-                case Op::Input: {
-                    const int e = f_.inputElements(n.arg)[0];
-                    if (e >= inputCount) throw std::logic_error("input element beyond inputCount");
-                    x[e] = t_.add(x[e], g);
-                    break;
-                }
-                case Op::Zero: break;
-                case Op::Add: pass(id, n.a, g), pass(id, n.b, g); break;
-                case Op::Sub: pass(id, n.a, g), pass(id, n.b, t_.neg(g)); break;
-                case Op::Neg: pass(id, n.a, t_.neg(g)); break;
-                case Op::Scale: pass(id, n.a, t_.scale(f_.constant(n.arg)[0].real(), g)); break;
-                case Op::Narrow: pass(id, n.a, g); break;
-                default: throw std::logic_error("transposition of a non-linear or complex operation");
-            }
+            marks.enter(id);
+            transposeNode(id, x);
+            marks.leave(id);
         }
         return x;
     }
 
 private:
+    // The transposed run of a builder loop instance is an instance of the
+    // transposed loop: the nodes made while the walk is inside its range.
+    class InstanceMarks {
+    public:
+        InstanceMarks(Dag& target, const Dag& forward) : t_(target), instances_(forward.instances()) {
+            for (const Dag::Instance& i : instances_)
+                if (!groups_.count(i.group)) groups_[i.group] = t_.newInstanceGroup();
+            starts_.resize(instances_.size());
+        }
+        void enter(NodeId id) {
+            for (std::size_t i = 0; i < instances_.size(); ++i)
+                if (instances_[i].end - 1 == id) starts_[i] = t_.nextId();
+        }
+        void leave(NodeId id) {
+            for (std::size_t i = 0; i < instances_.size(); ++i)
+                if (instances_[i].begin == id && instances_[i].end > id) t_.markInstance(starts_[i], groups_[instances_[i].group]);
+        }
+
+    private:
+        Dag& t_;
+        const std::vector<Dag::Instance>& instances_;
+        std::map<int, int> groups_;
+        std::vector<NodeId> starts_;
+    };
+
+    void transposeNode(NodeId id, std::vector<NodeId>& x) {
+        const int inputCount = static_cast<int>(x.size());
+        if (!live_[id] || terms_[id].empty()) return;
+        const Node& n = f_.node(id);
+        std::unique_ptr<Dag::WideScope> scope(n.wide ? new Dag::WideScope(t_) : nullptr);
+        const NodeId g = adjoint(id);
+        switch (n.op) {
+            case Op::Input: {
+                const int e = f_.inputElements(n.arg)[0];
+                if (e >= inputCount) throw std::logic_error("input element beyond inputCount");
+                x[e] = t_.add(x[e], g);
+                break;
+            }
+            case Op::Zero: break;
+            case Op::Add: pass(id, n.a, g), pass(id, n.b, g); break;
+            case Op::Sub: pass(id, n.a, g), pass(id, n.b, t_.neg(g)); break;
+            case Op::Neg: pass(id, n.a, t_.neg(g)); break;
+            case Op::Scale: pass(id, n.a, t_.scale(f_.constant(n.arg)[0].real(), g)); break;
+            case Op::Narrow: pass(id, n.a, g); break;
+            default: throw std::logic_error("transposition of a non-linear or complex operation");
+        }
+    }
+
     void markLive() {
         live_.assign(f_.nodes().size(), 0);
         for (const Output& o : f_.outputs()) live_[o.value] = 1;
