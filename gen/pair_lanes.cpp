@@ -20,6 +20,12 @@ public:
         if (s.kind() != ValueKind::Real || s.lanes() != 1) throw std::logic_error("pairLanes needs a one-lane real DAG");
     }
 
+    std::vector<NodeId> partners() {
+        markLive();
+        choosePartners();
+        return partner_;
+    }
+
     Dag run() {
         markLive();
         choosePartners();
@@ -450,5 +456,7 @@ private:
 }  // namespace
 
 Dag pairLanes(const Dag& scalar, Depth depth, Orientation orientation) { return Pairer(scalar, depth, orientation).run(); }
+
+std::vector<NodeId> lanePartners(const Dag& scalar, Depth depth) { return Pairer(scalar, depth, Orientation::Any).partners(); }
 
 }  // namespace kfpg::gen

@@ -4,6 +4,8 @@
 // side; loads take any two elements, shuffles line up the rest.
 #pragma once
 
+#include <vector>
+
 #include "dag.h"
 
 namespace kfpg::gen {
@@ -26,5 +28,8 @@ enum class Orientation { Any, LaneZeroCheaper };
 // The same computation with every value in one lane of a two-lane value;
 // outputs keep their elements. The scalar DAG must be real and one-lane.
 Dag pairLanes(const Dag& scalar, Depth depth, Orientation orientation = Orientation::Any);
+
+// The pairs pairLanes would form: the partner of each node, or -1.
+std::vector<NodeId> lanePartners(const Dag& scalar, Depth depth);
 
 }  // namespace kfpg::gen

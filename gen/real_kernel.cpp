@@ -58,6 +58,15 @@ EmitResult emitRealKernelBody(const Dag& dag, Precision precision) {
     return best;
 }
 
+EmitResult emitRealKernelBody(const std::vector<Dag>& dags, Precision precision) {
+    EmitResult best;
+    for (const Dag& dag : dags) {
+        EmitResult r = emitRealKernelBody(dag, precision);
+        if (best.body.empty() || r.counts.total() < best.counts.total()) best = std::move(r);
+    }
+    return best;
+}
+
 std::string realKernelFunction(const RealKernelText& k) {
     const bool f32 = k.precision == Precision::F32;
     const std::string t = f32 ? "float" : "double", type = f32 ? "kfp32f" : "kfp64f";

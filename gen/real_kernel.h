@@ -5,6 +5,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "dag.h"
 #include "emit.h"
@@ -17,6 +18,8 @@ namespace kfpg::gen {
 // every input loaded before the first store, every output multiplied by the
 // factor as it is stored.
 EmitResult emitRealKernelBody(const Dag& dag, Precision precision);
+// The fewest instructions among several DAGs of the same kernel.
+EmitResult emitRealKernelBody(const std::vector<Dag>& dags, Precision precision);
 
 // The top of every generated file of a real-data family.
 inline constexpr const char* kRealKernelPreamble =

@@ -26,14 +26,26 @@ public:
         findWideTerms();
     }
 
-    std::vector<NodeId> run(const std::vector<NodeId>& y, int inputCount) {
+    std::vector<NodeId> run(const std::vector<NodeId>& y, int inputCount, const std::vector<NodeId>& partners) {
         for (const Output& o : f_.outputs()) terms_[o.value].push_back({y.at(o.elements[0]), false});
         std::vector<NodeId> x(inputCount, t_.zero());
-        InstanceMarks marks(t_, f_);
+        if (partners.empty()) {
+            InstanceMarks marks(t_, f_);
+            for (NodeId id = static_cast<NodeId>(f_.nodes().size()) - 1; id >= 0; --id) {
+                marks.enter(id);
+                transposeNode(id, x);
+                marks.leave(id);
+            }
+            return x;
+        }
+        std::map<NodeId, int> groups;  // by the first node of a pair
         for (NodeId id = static_cast<NodeId>(f_.nodes().size()) - 1; id >= 0; --id) {
-            marks.enter(id);
+            const NodeId start = t_.nextId();
             transposeNode(id, x);
-            marks.leave(id);
+            if (partners.at(id) < 0) continue;
+            const auto group = groups.emplace(std::min(id, partners[id]), 0);
+            if (group.second) group.first->second = t_.newInstanceGroup();
+            t_.markInstance(start, group.first->second);
         }
         return x;
     }
@@ -187,8 +199,9 @@ private:
 
 }  // namespace
 
-std::vector<NodeId> transposeInto(Dag& target, const Dag& forward, const std::vector<NodeId>& y, int inputCount) {
-    return Transposer(target, forward).run(y, inputCount);
+std::vector<NodeId> transposeInto(Dag& target, const Dag& forward, const std::vector<NodeId>& y, int inputCount,
+                                  const std::vector<NodeId>& partners) {
+    return Transposer(target, forward).run(y, inputCount, partners);
 }
 
 }  // namespace kfpg::gen

@@ -22,6 +22,13 @@ namespace kfpg::gen {
 // (a wide Scale followed by Narrow) transposes to a wide product rounded on
 // its own; the contributions of wide sum regions (wide Add or Sub among the
 // wide nodes) to one value are summed in double and rounded once.
-std::vector<NodeId> transposeInto(Dag& target, const Dag& forward, const std::vector<NodeId>& y, int inputCount);
+//
+// Instances of the result (Dag::Instance, for lane pairing): with no
+// `partners`, the transposed runs of forward's builder loop instances. With
+// `partners` (lanePartners of forward), the nodes made for each node of a
+// forward pair form an instance of that pair's own group, so that the
+// transposed network can be paired as the forward one was.
+std::vector<NodeId> transposeInto(Dag& target, const Dag& forward, const std::vector<NodeId>& y, int inputCount,
+                                  const std::vector<NodeId>& partners = {});
 
 }  // namespace kfpg::gen

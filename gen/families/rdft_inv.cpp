@@ -16,6 +16,7 @@
 #include "emit.h"
 #include "evaluate.h"
 #include "family.h"
+#include "pair_lanes.h"
 #include "real_kernel.h"
 #include "real_layout.h"
 #include "transpose.h"
@@ -88,7 +89,8 @@ Uses usesOf(const Dag& dag) {
 // where its one use is a product the 2 goes into that product's constant.
 // `folded` lists the spectral slots (2k + part) whose doubling is folded,
 // with the precision of the product.
-Dag transposedDag(const Kernel& k, const Dag& forward, const std::map<int, bool>& folded, std::vector<NodeId>* doublings) {
+Dag transposedDag(const Kernel& k, const Dag& forward, const std::vector<NodeId>& partners, const std::map<int, bool>& folded,
+                  std::vector<NodeId>* doublings) {
     Dag dag(ValueKind::Real, 1, Signs::Separate);
     std::vector<NodeId> y(2 * (k.n / 2) + 2, dag.zero());
     if (doublings) doublings->assign(y.size(), -1);
@@ -108,15 +110,16 @@ Dag transposedDag(const Kernel& k, const Dag& forward, const std::map<int, bool>
             y[slot] = value;
             if (doublings && k.interior(f)) (*doublings)[slot] = value;
         }
-    const std::vector<NodeId> x = transposeInto(dag, forward, y, k.n);
+    const std::vector<NodeId> x = transposeInto(dag, forward, y, k.n, partners);
     for (int j = 0; j < k.n; ++j) dag.output(j, x[j]);
     return dag;
 }
 
-Dag buildKernelDag(const Kernel& k) {
-    const Dag forward = forwardDag(k.n, k.f32());
+// `partners`: lane pairs of the forward DAG for the transposed one to follow
+// (transposeInto), or none.
+Dag buildKernelDag(const Kernel& k, const Dag& forward, const std::vector<NodeId>& partners) {
     std::vector<NodeId> doublings;
-    const Dag kept = transposedDag(k, forward, {}, &doublings);
+    const Dag kept = transposedDag(k, forward, partners, {}, &doublings);
     const Uses uses = usesOf(kept);
     std::map<int, bool> folded;
     for (NodeId id = 0; id < static_cast<NodeId>(kept.nodes().size()); ++id) {
@@ -125,7 +128,15 @@ Dag buildKernelDag(const Kernel& k) {
         for (std::size_t slot = 0; slot < doublings.size(); ++slot)
             if (doublings[slot] == n.a) folded[static_cast<int>(slot)] = n.wide;
     }
-    return folded.empty() ? kept : transposedDag(k, forward, folded, nullptr);
+    return folded.empty() ? kept : transposedDag(k, forward, partners, folded, nullptr);
+}
+
+// The same inverse built to be paired in two ways: by its own builder loop
+// instances, or as the forward DAG's lanes pair by instances (the other ways
+// of pairing the forward DAG measured no better than these two).
+std::vector<Dag> kernelDags(const Kernel& k) {
+    const Dag forward = forwardDag(k.n, k.f32());
+    return {buildKernelDag(k, forward, {}), buildKernelDag(k, forward, lanePartners(forward, Depth::Instances))};
 }
 
 // Refuses a DAG that does not compute the inverse real DFT (long-double evaluation).
@@ -167,12 +178,12 @@ void generate(SourceSet& out) {
             long cost = 0;
             for (Layout layout : {Layout::CCS, Layout::Pack, Layout::Perm}) {
                 const Kernel k{n, p, layout};
-                const Dag dag = buildKernelDag(k);
-                checkAgainstNaiveInverse(dag, k);
-                const EmitResult body = emitRealKernelBody(dag, k.precision);
+                const std::vector<Dag> dags = kernelDags(k);
+                for (const Dag& dag : dags) checkAgainstNaiveInverse(dag, k);
+                const EmitResult body = emitRealKernelBody(dags, k.precision);
                 code += realKernelFunction({k.name(), k.n, k.precision, RealDirection::Inverse, body, ""}) + "\n";
                 cost += body.counts.total();
-                out.reportLine(tableLine(k, countFlops(dag), body.counts));
+                out.reportLine(tableLine(k, countFlops(dags.front()), body.counts));
             }
             out.add(code, cost);
         }
