@@ -5,7 +5,7 @@ namespace kfpg::gen {
 RealDftOptions hartleyOptions(bool singlePrecision) {
     RealDftOptions options;
     options.wideProducts = singlePrecision;
-    options.wideDirectSums = singlePrecision;
+    options.wideSums = singlePrecision;
     return options;
 }
 

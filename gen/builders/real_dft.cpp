@@ -105,7 +105,15 @@ private:
             const NodeId im = same ? dag_.add(x.im, x.re) : dag_.sub(x.im, x.re);
             return {mul(wr > 0 ? h : -h, re), mul(wr > 0 ? h : -h, im)};
         }
-        return {dag_.sub(mul(wr, x.re), mul(wi, x.im)), dag_.add(mul(wr, x.im), mul(wi, x.re))};
+        if (!options_.wideProducts || !options_.wideSums)
+            return {dag_.sub(mul(wr, x.re), mul(wi, x.im)), dag_.add(mul(wr, x.im), mul(wi, x.re))};
+        NodeId re, im;
+        {
+            Dag::WideScope wide(dag_);
+            re = dag_.sub(dag_.scale(wr, x.re), dag_.scale(wi, x.im));
+            im = dag_.add(dag_.scale(wr, x.im), dag_.scale(wi, x.re));
+        }
+        return {dag_.narrow(re), dag_.narrow(im)};
     }
 
     // Sum from left to right.
@@ -135,7 +143,7 @@ private:
         }
         Spectrum out(n);
         out[0] = {chain(total), zero()};
-        const bool wideSums = options_.wideProducts && options_.wideDirectSums;
+        const bool wideSums = options_.wideProducts && options_.wideSums;
         std::vector<NodeId> re, im;
         {
             std::unique_ptr<Dag::WideScope> scope(wideSums ? new Dag::WideScope(dag_) : nullptr);

@@ -17,9 +17,10 @@ struct RealDftOptions {
     // formed in double from the widened operand and rounded once.
     bool wideProducts = false;
     // With wideProducts: the direct sums of odd lengths (x0 plus its
-    // weighted pair sums, and the weighted pair differences) are formed
-    // whole in double and rounded once.
-    bool wideDirectSums = false;
+    // weighted pair sums, and the weighted pair differences), and each
+    // twiddle of two products and their sum, are formed whole in double and
+    // rounded once.
+    bool wideSums = false;
     // The DAG is built to be transposed: every length takes its
     // transposedRealRow (real_dft_table.h).
     bool forTransposition = false;

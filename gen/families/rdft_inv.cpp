@@ -56,7 +56,7 @@ Dag forwardDag(int n, bool f32) {
     for (int i = 0; i < n; ++i) x.push_back(dag.input(i));
     RealDftOptions options;
     options.wideProducts = f32;
-    options.wideDirectSums = f32;
+    options.wideSums = f32;
     options.forTransposition = true;
     const HalfSpectrum X = buildRealDft(dag, x, options);
     for (int k = 0; k <= n / 2; ++k) {
