@@ -4,6 +4,7 @@
 #include <random>
 #include <stdexcept>
 
+#include "builders/real_dft_table.h"
 #include "evaluate.h"
 #include "pair_lanes.h"
 
@@ -58,13 +59,27 @@ EmitResult emitRealKernelBody(const Dag& dag, Precision precision) {
     return best;
 }
 
-EmitResult emitRealKernelBody(const std::vector<Dag>& dags, Precision precision) {
-    EmitResult best;
-    for (const Dag& dag : dags) {
-        EmitResult r = emitRealKernelBody(dag, precision);
-        if (best.body.empty() || r.counts.total() < best.counts.total()) best = std::move(r);
+BestBody emitBestRealKernelBody(const std::vector<Dag>& dags, Precision precision) {
+    BestBody best;
+    for (std::size_t i = 0; i < dags.size(); ++i) {
+        EmitResult r = emitRealKernelBody(dags[i], precision);
+        if (best.body.body.empty() || r.counts.total() < best.body.counts.total()) best = {std::move(r), i};
     }
     return best;
+}
+
+long OrderBuild::cost() const {
+    long total = 0;
+    for (const EmitResult& body : bodies) total += body.counts.total();
+    return total;
+}
+
+OrderBuild bestFactorOrder(int n, const std::function<OrderBuild(bool swap)>& build) {
+    OrderBuild best = build(false);
+    if (!factorsMaySwap(realRow(n))) return best;
+    OrderBuild swapped = build(true);
+    const bool sameMultiplications = swapped.flops.at(0).muls == best.flops.at(0).muls;
+    return sameMultiplications && swapped.cost() < best.cost() ? swapped : best;
 }
 
 std::string realKernelFunction(const RealKernelText& k) {

@@ -4,6 +4,7 @@
 // (argument checks, flag decoding, the scale factor).
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -18,8 +19,28 @@ namespace kfpg::gen {
 // every input loaded before the first store, every output multiplied by the
 // factor as it is stored.
 EmitResult emitRealKernelBody(const Dag& dag, Precision precision);
-// The fewest instructions among several DAGs of the same kernel.
-EmitResult emitRealKernelBody(const std::vector<Dag>& dags, Precision precision);
+// The body with the fewest instructions among several DAGs of the same
+// kernel, and which DAG it came from.
+struct BestBody {
+    EmitResult body;
+    std::size_t dag = 0;
+};
+BestBody emitBestRealKernelBody(const std::vector<Dag>& dags, Precision precision);
+
+// The kernels of one length and precision (one per layout) built in one
+// factor order (RealDftOptions::swapFactors): their bodies and flop counts.
+struct OrderBuild {
+    bool swap = false;
+    std::vector<EmitResult> bodies;
+    std::vector<FlopCount> flops;
+    long cost() const;
+};
+
+// Builds length n in its table's factor order and, where factorsMaySwap
+// allows, in the swapped one, and keeps the order whose kernels emit the
+// fewest instructions in all among those with the table order's
+// multiplications (all layouts take the same order: one arithmetic).
+OrderBuild bestFactorOrder(int n, const std::function<OrderBuild(bool swap)>& build);
 
 // The top of every generated file of a real-data family.
 inline constexpr const char* kRealKernelPreamble =

@@ -3,9 +3,12 @@
 // them and the inverse family that loads them.
 #pragma once
 
+#include <array>
+
 namespace kfpg::gen {
 
 enum class Layout { CCS, Pack, Perm };
+inline constexpr std::array<Layout, 3> kLayouts{Layout::CCS, Layout::Pack, Layout::Perm};
 
 inline const char* layoutName(Layout layout) {
     static const char* const names[] = {"CCS", "Pack", "Perm"};

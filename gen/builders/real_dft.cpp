@@ -27,7 +27,9 @@ constexpr int kRowsPerBlock = 8;
 
 class Builder {
 public:
-    Builder(Dag& dag, const RealDftOptions& options) : dag_(dag), options_(options) {}
+    // n: the whole length (its row may be swapped), or 0 for blocks only.
+    Builder(Dag& dag, const RealDftOptions& options, int n = 0)
+        : dag_(dag), options_(options), n_(n), row_(n ? realRowBuilt(n, options) : RealRow{}) {}
 
     // Whole spectrum X[0..n-1] of n real values; X[n-k] is conj(X[k]), free.
     Spectrum real(const std::vector<NodeId>& x) {
@@ -66,7 +68,10 @@ public:
 
 private:
     NodeId zero() { return dag_.zero(); }
-    const RealRow& rowOf(int n) const { return options_.forTransposition ? transposedRealRow(n) : realRow(n); }
+    const RealRow& rowOf(int n) const {
+        if (n_ && n == n_) return row_;
+        return options_.forTransposition ? transposedRealRow(n) : realRow(n);
+    }
 
     // c * x with a trigonometric constant; in double and rounded once for
     // single-precision kernels.
@@ -363,12 +368,19 @@ private:
 
     Dag& dag_;
     RealDftOptions options_;
+    int n_;        // the whole length
+    RealRow row_;  // and its row
 };
 
 }  // namespace
 
+RealRow realRowBuilt(int n, const RealDftOptions& options) {
+    const RealRow& row = options.forTransposition ? transposedRealRow(n) : realRow(n);
+    return options.swapFactors && factorsMaySwap(row) ? swappedFactors(row) : row;
+}
+
 HalfSpectrum buildRealDft(Dag& dag, const std::vector<NodeId>& x, const RealDftOptions& options) {
-    Builder builder(dag, options);
+    Builder builder(dag, options, static_cast<int>(x.size()));
     const Spectrum X = builder.real(x);
     HalfSpectrum half;
     for (std::size_t k = 0; k <= x.size() / 2; ++k) {

@@ -8,6 +8,7 @@
 
 #include <vector>
 
+#include "builders/real_dft_table.h"
 #include "dag.h"
 
 namespace kfpg::gen {
@@ -24,7 +25,13 @@ struct RealDftOptions {
     // The DAG is built to be transposed: every length takes its
     // transposedRealRow (real_dft_table.h).
     bool forTransposition = false;
+    // The length itself splits into its factors the other way round
+    // (swappedFactors); the blocks inside keep their rows.
+    bool swapFactors = false;
 };
+
+// The row the builder takes for the whole length under these options.
+RealRow realRowBuilt(int n, const RealDftOptions& options);
 
 // X[k] = sum x[j] exp(-2 pi i j k / n) for k = 0..n/2: re[k] = Re X[k],
 // im[k] = Im X[k] (im[0], and im[n/2] for even n, are the zero node).

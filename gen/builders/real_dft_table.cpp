@@ -53,6 +53,10 @@ const RealRow& transposedRealRow(int n) {
     return n == 8 ? kEightTransposed : realRow(n);
 }
 
+bool factorsMaySwap(const RealRow& row) { return row.method == RealMethod::PrimeFactor && row.n > 12; }
+
+RealRow swappedFactors(const RealRow& row) { return {row.n, row.method, row.n2, row.n1}; }
+
 const char* realMethodName(RealMethod m) {
     switch (m) {
         case RealMethod::Butterfly: return "butterfly";

@@ -33,6 +33,14 @@ const RealRow& realRow(int n);
 // sum and difference instead. Both take two multiplications.
 const RealRow& transposedRealRow(int n);
 
+// Whether a length's two factors may also be taken the other way round
+// (columns of n2, rows of n1): the prime-factor lengths above 12, whose
+// factor order is free (the shorter ones are written out operation by
+// operation). The families build both orders and keep the one that emits
+// fewer instructions, as long as it takes as many multiplications.
+bool factorsMaySwap(const RealRow& row);
+RealRow swappedFactors(const RealRow& row);
+
 const char* realMethodName(RealMethod m);
 
 // The method with its column x row sizes, e.g. "prime-factor 5x3", for the op tables.

@@ -22,11 +22,17 @@ std::string kernelName(int n, Precision p) {
     return "kfpgHartley_" + std::to_string(n) + (p == Precision::F32 ? "_32f" : "_64f");
 }
 
-Dag buildKernelDag(int n, Precision p) {
+RealDftOptions builderOptions(Precision p, bool swapFactors) {
+    RealDftOptions options = hartleyOptions(p == Precision::F32);
+    options.swapFactors = swapFactors;
+    return options;
+}
+
+Dag buildKernelDag(int n, Precision p, bool swapFactors) {
     Dag dag(ValueKind::Real, 1, Signs::Separate);
     std::vector<NodeId> x;
     for (int i = 0; i < n; ++i) x.push_back(dag.input(i));
-    const std::vector<NodeId> h = buildHartley(dag, x, hartleyOptions(p == Precision::F32));
+    const std::vector<NodeId> h = buildHartley(dag, x, builderOptions(p, swapFactors));
     for (int k = 0; k < n; ++k) dag.output(k, h[k]);
     return dag;
 }
@@ -62,8 +68,8 @@ void checkAgainstNaiveHartley(const Dag& dag, int n, Precision p) {
     }
 }
 
-std::string tableLine(int n, Precision p, const FlopCount& f, const OpCounts& c) {
-    const std::string algo = realAlgorithmText(realRow(n));
+std::string tableLine(int n, Precision p, bool swapFactors, const FlopCount& f, const OpCounts& c) {
+    const std::string algo = realAlgorithmText(realRowBuilt(n, builderOptions(p, swapFactors)));
     char line[256];
     std::snprintf(line, sizeof line, "%-22s %-18s %6ld %6ld %6ld  %6ld %6ld", kernelName(n, p).c_str(), algo.c_str(), f.adds,
                   f.muls, f.adds + f.muls, c.arithmetic, c.loads + c.stores);
@@ -78,11 +84,14 @@ void generate(SourceSet& out) {
     out.reportLine(header);
     for (Precision p : {Precision::F32, Precision::F64})
         for (int n = 2; n <= 64; ++n) {
-            const Dag dag = buildKernelDag(n, p);
-            checkAgainstNaiveHartley(dag, n, p);
-            const EmitResult body = emitRealKernelBody(dag, p);
+            const OrderBuild chosen = bestFactorOrder(n, [&](bool swap) {
+                const Dag dag = buildKernelDag(n, p, swap);
+                checkAgainstNaiveHartley(dag, n, p);
+                return OrderBuild{swap, {emitRealKernelBody(dag, p)}, {countFlops(dag)}};
+            });
+            const EmitResult& body = chosen.bodies[0];
             out.add(realKernelFunction({kernelName(n, p), n, p, RealDirection::SelfInverse, body, ""}), body.counts.total());
-            out.reportLine(tableLine(n, p, countFlops(dag), body.counts));
+            out.reportLine(tableLine(n, p, chosen.swap, chosen.flops[0], body.counts));
         }
 }
 

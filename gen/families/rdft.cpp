@@ -42,12 +42,18 @@ struct Kernel {
     int element(int k, int part) const { return packedElement(layout, n, k, part); }
 };
 
+RealDftOptions builderOptions(const Kernel& k, bool swapFactors) {
+    RealDftOptions options{k.f32(), k.f32()};
+    options.swapFactors = swapFactors;
+    return options;
+}
+
 // The half spectrum of n real inputs; outputs recorded in `kernel`'s layout.
-Dag buildKernelDag(const Kernel& k) {
+Dag buildKernelDag(const Kernel& k, bool swapFactors) {
     Dag dag(ValueKind::Real, 1, Signs::Separate);
     std::vector<NodeId> x;
     for (int i = 0; i < k.n; ++i) x.push_back(dag.input(i));
-    const HalfSpectrum X = buildRealDft(dag, x, RealDftOptions{k.f32(), k.f32()});
+    const HalfSpectrum X = buildRealDft(dag, x, builderOptions(k, swapFactors));
     for (int f = 0; f <= k.n / 2; ++f) {
         dag.output(k.element(f, 0), X.re[f]);
         if (hasImaginary(k.n, f)) dag.output(k.element(f, 1), X.im[f]);
@@ -83,8 +89,8 @@ std::string kernelCode(const Kernel& k, const EmitResult& body) {
     return realKernelFunction({k.name(), k.n, k.precision, RealDirection::Forward, body, zeros});
 }
 
-std::string tableLine(const Kernel& k, const FlopCount& f, const OpCounts& c) {
-    const std::string algo = realAlgorithmText(realRow(k.n));
+std::string tableLine(const Kernel& k, bool swapFactors, const FlopCount& f, const OpCounts& c) {
+    const std::string algo = realAlgorithmText(realRowBuilt(k.n, builderOptions(k, swapFactors)));
     char line[256];
     std::snprintf(line, sizeof line, "%-30s %-18s %6ld %6d %6ld %6ld  %6ld %6ld %6ld", k.name().c_str(), algo.c_str(), f.muls,
                   kIntendedMultiplications[k.n - 2], f.adds, f.adds + f.muls, c.arithmetic, c.shuffles, c.loads + c.stores);
@@ -99,18 +105,24 @@ void generate(SourceSet& out) {
     out.reportLine(header);
     for (Precision p : {Precision::F32, Precision::F64})
         for (int n = 2; n <= 64; ++n) {
+            const OrderBuild chosen = bestFactorOrder(n, [&](bool swap) {
+                OrderBuild b{swap, {}, {}};
+                for (Layout layout : kLayouts) {
+                    const Kernel k{n, p, layout};
+                    const Dag dag = buildKernelDag(k, swap);
+                    checkAgainstNaiveDft(dag, k);
+                    b.bodies.push_back(emitRealKernelBody(dag, p));
+                    b.flops.push_back(countFlops(dag));
+                }
+                return b;
+            });
             std::string code;
-            long cost = 0;
-            for (Layout layout : {Layout::CCS, Layout::Pack, Layout::Perm}) {
-                const Kernel k{n, p, layout};
-                const Dag dag = buildKernelDag(k);
-                checkAgainstNaiveDft(dag, k);
-                const EmitResult body = emitRealKernelBody(dag, k.precision);
-                code += kernelCode(k, body) + "\n";
-                cost += body.counts.total();
-                out.reportLine(tableLine(k, countFlops(dag), body.counts));
+            for (std::size_t i = 0; i < kLayouts.size(); ++i) {
+                const Kernel k{n, p, kLayouts[i]};
+                code += kernelCode(k, chosen.bodies[i]) + "\n";
+                out.reportLine(tableLine(k, chosen.swap, chosen.flops[i], chosen.bodies[i].counts));
             }
-            out.add(code, cost);
+            out.add(code, chosen.cost());
         }
 }
 

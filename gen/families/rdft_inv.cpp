@@ -49,16 +49,21 @@ struct Kernel {
     bool interior(int k) const { return hasImaginary(n, k); }
 };
 
-// The forward real DFT of length n, R_k at output 2k and I_k at 2k + 1.
-Dag forwardDag(int n, bool f32) {
-    Dag dag(ValueKind::Real, 1, Signs::Separate);
-    std::vector<NodeId> x;
-    for (int i = 0; i < n; ++i) x.push_back(dag.input(i));
+RealDftOptions forwardOptions(bool f32, bool swapFactors) {
     RealDftOptions options;
     options.wideProducts = f32;
     options.wideSums = f32;
     options.forTransposition = true;
-    const HalfSpectrum X = buildRealDft(dag, x, options);
+    options.swapFactors = swapFactors;
+    return options;
+}
+
+// The forward real DFT of length n, R_k at output 2k and I_k at 2k + 1.
+Dag forwardDag(int n, bool f32, bool swapFactors) {
+    Dag dag(ValueKind::Real, 1, Signs::Separate);
+    std::vector<NodeId> x;
+    for (int i = 0; i < n; ++i) x.push_back(dag.input(i));
+    const HalfSpectrum X = buildRealDft(dag, x, forwardOptions(f32, swapFactors));
     for (int k = 0; k <= n / 2; ++k) {
         dag.output(2 * k, X.re[k]);
         if (hasImaginary(n, k)) dag.output(2 * k + 1, X.im[k]);
@@ -134,8 +139,8 @@ Dag buildKernelDag(const Kernel& k, const Dag& forward, const std::vector<NodeId
 // The same inverse built to be paired in two ways: by its own builder loop
 // instances, or as the forward DAG's lanes pair by instances (the other ways
 // of pairing the forward DAG measured no better than these two).
-std::vector<Dag> kernelDags(const Kernel& k) {
-    const Dag forward = forwardDag(k.n, k.f32());
+std::vector<Dag> kernelDags(const Kernel& k, bool swapFactors) {
+    const Dag forward = forwardDag(k.n, k.f32(), swapFactors);
     return {buildKernelDag(k, forward, {}), buildKernelDag(k, forward, lanePartners(forward, Depth::Instances))};
 }
 
@@ -158,8 +163,8 @@ void checkAgainstNaiveInverse(const Dag& dag, const Kernel& k) {
     }
 }
 
-std::string tableLine(const Kernel& k, const FlopCount& f, const OpCounts& c) {
-    const std::string algo = realAlgorithmText(transposedRealRow(k.n));
+std::string tableLine(const Kernel& k, bool swapFactors, const FlopCount& f, const OpCounts& c) {
+    const std::string algo = realAlgorithmText(realRowBuilt(k.n, forwardOptions(k.f32(), swapFactors)));
     char line[256];
     std::snprintf(line, sizeof line, "%-30s %-18s %6ld %8d %6ld %6ld  %6ld %6ld", k.name().c_str(), algo.c_str(), f.muls,
                   kIntendedMultiplications[k.n - 2], f.adds, f.adds + f.muls, c.arithmetic, c.loads + c.stores);
@@ -174,18 +179,24 @@ void generate(SourceSet& out) {
     out.reportLine(header);
     for (Precision p : {Precision::F32, Precision::F64})
         for (int n = 2; n <= 64; ++n) {
+            const OrderBuild chosen = bestFactorOrder(n, [&](bool swap) {
+                OrderBuild b{swap, {}, {}};
+                for (Layout layout : kLayouts) {
+                    const Kernel k{n, p, layout};
+                    const std::vector<Dag> dags = kernelDags(k, swap);
+                    for (const Dag& dag : dags) checkAgainstNaiveInverse(dag, k);
+                    b.bodies.push_back(emitBestRealKernelBody(dags, p).body);
+                    b.flops.push_back(countFlops(dags.front()));
+                }
+                return b;
+            });
             std::string code;
-            long cost = 0;
-            for (Layout layout : {Layout::CCS, Layout::Pack, Layout::Perm}) {
-                const Kernel k{n, p, layout};
-                const std::vector<Dag> dags = kernelDags(k);
-                for (const Dag& dag : dags) checkAgainstNaiveInverse(dag, k);
-                const EmitResult body = emitRealKernelBody(dags, k.precision);
-                code += realKernelFunction({k.name(), k.n, k.precision, RealDirection::Inverse, body, ""}) + "\n";
-                cost += body.counts.total();
-                out.reportLine(tableLine(k, countFlops(dags.front()), body.counts));
+            for (std::size_t i = 0; i < kLayouts.size(); ++i) {
+                const Kernel k{n, p, kLayouts[i]};
+                code += realKernelFunction({k.name(), k.n, k.precision, RealDirection::Inverse, chosen.bodies[i], ""}) + "\n";
+                out.reportLine(tableLine(k, chosen.swap, chosen.flops[i], chosen.bodies[i].counts));
             }
-            out.add(code, cost);
+            out.add(code, chosen.cost());
         }
 }
 
