@@ -76,14 +76,29 @@ double errorAgainstNaive(const Dag& dag, int n, unsigned seed) {
 
 class RealBuilder : public ::testing::TestWithParam<int> {};
 
-TEST_P(RealBuilder, ComputesTheDftInBothPrecisionModes) {
+TEST_P(RealBuilder, ComputesTheDftInBothPrecisionModesAndFactorOrders) {
     const int n = GetParam();
     for (bool wide : {false, true})
-        for (bool wideSums : {false, true}) {
-            Dag dag(ValueKind::Real, 1, Signs::Separate);
-            buildInto(dag, n, RealDftOptions{wide, wideSums});
-            EXPECT_LT(errorAgainstNaive(dag, n, 7u + n), 1e-16) << "wide " << wide << " sums " << wideSums;
-        }
+        for (bool wideSums : {false, true})
+            for (bool swap : {false, true}) {
+                RealDftOptions options{wide, wideSums};
+                options.swapFactors = swap;
+                Dag dag(ValueKind::Real, 1, Signs::Separate);
+                buildInto(dag, n, options);
+                EXPECT_LT(errorAgainstNaive(dag, n, 7u + n), 1e-16) << "wide " << wide << " sums " << wideSums << " swap " << swap;
+            }
+    const RealRow& row = realRow(n);
+    RealDftOptions swapped;
+    swapped.swapFactors = true;
+    const RealRow built = realRowBuilt(n, swapped);
+    if (factorsMaySwap(row)) {
+        EXPECT_EQ(row.method, RealMethod::PrimeFactor);
+        EXPECT_EQ(built.n1, row.n2);
+        EXPECT_EQ(built.n2, row.n1);
+    } else {
+        EXPECT_EQ(built.n1, row.n1);
+        EXPECT_EQ(built.n2, row.n2);
+    }
 }
 
 // Multiplications of the two-stage and butterfly lengths follow from their

@@ -2,12 +2,14 @@
 // transpose and back, and precision marks keep their meaning.
 #include <gtest/gtest.h>
 
+#include <map>
 #include <random>
 #include <vector>
 
 #include "builders/real_dft.h"
 #include "dag.h"
 #include "evaluate.h"
+#include "pair_lanes.h"
 #include "transpose.h"
 
 namespace {
@@ -27,11 +29,11 @@ Matrix matrixOf(const Dag& dag, int inputs, int outputs) {
     return m;
 }
 
-Dag transposed(const Dag& forward, int inputs, int outputs) {
+Dag transposed(const Dag& forward, int inputs, int outputs, const std::vector<NodeId>& partners = {}) {
     Dag t(ValueKind::Real, 1, Signs::Separate);
     std::vector<NodeId> y;
     for (int e = 0; e < outputs; ++e) y.push_back(t.input(e));
-    const auto x = transposeInto(t, forward, y, inputs);
+    const auto x = transposeInto(t, forward, y, inputs, partners);
     for (int i = 0; i < inputs; ++i) t.output(i, x[i]);
     return t;
 }
@@ -147,6 +149,49 @@ TEST(Transpose, WideSumRegionsTransposeToWideSums) {
     EXPECT_EQ(narrows, 7);
     EXPECT_GE(wideSums, 12);
     expectTransposes(matrixOf(f, 7, 8), matrixOf(t, 8, 7));
+}
+
+// The sums of a transposed block are built term by term, in the order of
+// the forward block's terms: a block of direct sums (rows advanced term by
+// term) transposes to sums that are all open at once, not one whole sum
+// after another.
+TEST(Transpose, BlockedSumsStayBlocked) {
+    const Dag f = realDft(37, RealDftOptions{});
+    const Dag t = transposed(f, 37, 38);
+    // Creation order of the sums of products: the first additions of the
+    // transposed sums should interleave (many sums open at once).
+    int switches = 0;
+    NodeId last = -1;
+    for (NodeId id = 0; id < static_cast<NodeId>(t.nodes().size()); ++id) {
+        const Node& n = t.node(id);
+        if (n.op != Op::Add && n.op != Op::Sub) continue;
+        const NodeId chainFrom = t.node(n.a).op == Op::Add || t.node(n.a).op == Op::Sub ? n.a : -1;
+        if (chainFrom >= 0 && chainFrom != last) ++switches;
+        last = id;
+    }
+    EXPECT_GT(switches, 100);
+    expectTransposes(matrixOf(f, 37, 38), matrixOf(t, 38, 37));
+}
+
+// Following the forward DAG's lane pairs: the transposed network is the
+// same map, and the nodes made for each forward pair form two instances of
+// one group, which lane pairing then pairs node by node.
+TEST(Transpose, ForwardLanePairsBecomeInstancePairs) {
+    for (int n : {12, 16, 30, 64}) {
+        const Dag f = realDft(n, RealDftOptions{});
+        const std::vector<NodeId> partners = lanePartners(f, Depth::Instances);
+        const int outputs = 2 * (n / 2) + 2;
+        const Dag t = transposed(f, n, outputs, partners);
+        expectTransposes(matrixOf(f, n, outputs), matrixOf(t, outputs, n));
+        std::map<int, int> perGroup;
+        for (const Dag::Instance& i : t.instances()) ++perGroup[i.group];
+        int pairs = 0;
+        for (NodeId id = 0; id < static_cast<NodeId>(partners.size()); ++id) pairs += partners[id] > id;
+        EXPECT_EQ(static_cast<int>(perGroup.size()), pairs) << n;
+        for (const auto& [group, count] : perGroup) EXPECT_EQ(count, 2) << n;
+        const Dag paired = pairLanes(t, Depth::Instances);
+        expectTransposes(matrixOf(f, n, outputs), matrixOf(paired, outputs, n));
+    }
 }
 
 }  // namespace
