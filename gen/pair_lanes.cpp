@@ -12,6 +12,9 @@ namespace {
 
 // Candidates searched for a partner, nearest in creation order first.
 constexpr int kSearchWindow = 96;
+// Two instances pair node by node if at most one position in this many
+// holds different operations.
+constexpr int kMismatchesPer = 10;
 
 class Pairer {
 public:
@@ -173,16 +176,22 @@ private:
             }
     }
 
+    // Instances of the same size whose operations match position by position
+    // but for a few (a sum whose terms differ in sign, say): the matching
+    // positions pair.
     bool pairInstance(const Dag::Instance& a, const Dag::Instance& b) {
         if (a.end - a.begin != b.end - b.begin || a.end - a.begin == 0) return false;
+        int mismatches = 0;
         for (NodeId k = 0; k < a.end - a.begin; ++k) {
             const Node &x = node(a.begin + k), &y = node(b.begin + k);
-            if (x.op != y.op || x.wide != y.wide || live_[a.begin + k] != live_[b.begin + k]) return false;
+            mismatches += x.op != y.op || x.wide != y.wide || live_[a.begin + k] != live_[b.begin + k];
         }
+        if (mismatches * kMismatchesPer > a.end - a.begin) return false;
         for (NodeId k = 0; k < a.end - a.begin; ++k) {
             const NodeId u = a.begin + k, v = b.begin + k;
             const Op op = node(u).op;
-            if (!live_[u] || op == Op::Input || op == Op::Zero || paired(u) || paired(v)) continue;
+            if (!live_[u] || !live_[v] || node(u).wide != node(v).wide) continue;
+            if (op == Op::Input || op == Op::Zero || paired(u) || paired(v)) continue;
             if (effectiveOp(u) != effectiveOp(v)) continue;
             if (std::max(earliest_[u], earliest_[v]) > std::min(latest_[u], latest_[v])) continue;
             if (dependsOn(u, v) || dependsOn(v, u)) continue;
