@@ -98,17 +98,23 @@ private:
         }
     }
 
-    // List scheduling over the creation order (see Schedule::Latency).
-    std::vector<NodeId> latencyOrder(const std::vector<NodeId>& order) const {
-        const std::size_t count = dag_.nodes().size();
-        std::vector<int> readyAt(count, 0), uses(count, 0);
-        std::vector<char> done(count, 1), early(count, 0);
+    // How many nodes of the order use each value (a node using it twice once).
+    std::vector<int> usesIn(const std::vector<NodeId>& order) const {
+        std::vector<int> uses(dag_.nodes().size(), 0);
         for (NodeId id : order) {
-            done[id] = 0;
             const Node& n = dag_.node(id);
             if (n.a >= 0) ++uses[n.a];
             if (n.b >= 0 && n.b != n.a) ++uses[n.b];
         }
+        return uses;
+    }
+
+    // List scheduling over the creation order (see Schedule::Latency).
+    std::vector<NodeId> latencyOrder(const std::vector<NodeId>& order) const {
+        const std::size_t count = dag_.nodes().size();
+        std::vector<int> readyAt(count, 0), uses = usesIn(order);
+        std::vector<char> done(count, 1), early(count, 0);
+        for (NodeId id : order) done[id] = 0;
         std::vector<NodeId> pending = order, out;
         int cycle = 0, earlyLive = 0;  // values taken ahead of the creation order and still needed
         while (!pending.empty()) {
@@ -139,12 +145,7 @@ private:
 
     // See Schedule::CreationNearUse.
     std::vector<NodeId> productsNearUse(const std::vector<NodeId>& order) const {
-        std::vector<int> uses(dag_.nodes().size(), 0);
-        for (NodeId id : order) {
-            const Node& n = dag_.node(id);
-            if (n.a >= 0) ++uses[n.a];
-            if (n.b >= 0 && n.b != n.a) ++uses[n.b];
-        }
+        std::vector<int> uses = usesIn(order);
         for (const Output& out : dag_.outputs()) ++uses[out.value];
         auto moves = [&](NodeId id) { return id >= 0 && dag_.node(id).op == Op::Scale && uses[id] == 1; };
         std::vector<NodeId> out;

@@ -59,11 +59,11 @@ EmitResult emitRealKernelBody(const Dag& dag, Precision precision) {
     return best;
 }
 
-BestBody emitBestRealKernelBody(const std::vector<Dag>& dags, Precision precision) {
-    BestBody best;
-    for (std::size_t i = 0; i < dags.size(); ++i) {
-        EmitResult r = emitRealKernelBody(dags[i], precision);
-        if (best.body.body.empty() || r.counts.total() < best.body.counts.total()) best = {std::move(r), i};
+EmitResult emitBestRealKernelBody(const std::vector<Dag>& dags, Precision precision) {
+    EmitResult best;
+    for (const Dag& dag : dags) {
+        EmitResult r = emitRealKernelBody(dag, precision);
+        if (best.body.empty() || r.counts.total() < best.counts.total()) best = std::move(r);
     }
     return best;
 }

@@ -19,13 +19,8 @@ namespace kfpg::gen {
 // every input loaded before the first store, every output multiplied by the
 // factor as it is stored.
 EmitResult emitRealKernelBody(const Dag& dag, Precision precision);
-// The body with the fewest instructions among several DAGs of the same
-// kernel, and which DAG it came from.
-struct BestBody {
-    EmitResult body;
-    std::size_t dag = 0;
-};
-BestBody emitBestRealKernelBody(const std::vector<Dag>& dags, Precision precision);
+// The body with the fewest instructions among several DAGs of the same kernel.
+EmitResult emitBestRealKernelBody(const std::vector<Dag>& dags, Precision precision);
 
 // The kernels of one length and precision (one per layout) built in one
 // factor order (RealDftOptions::swapFactors): their bodies and flop counts.

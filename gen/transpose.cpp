@@ -27,7 +27,7 @@ public:
     }
 
     std::vector<NodeId> run(const std::vector<NodeId>& y, int inputCount, const std::vector<NodeId>& partners) {
-        for (const Output& o : f_.outputs()) terms_[o.value].push_back({y.at(o.elements[0]), false});
+        for (const Output& o : f_.outputs()) addTerm(o.value, y.at(o.elements[0]), false);
         std::vector<NodeId> x(inputCount, t_.zero());
         if (partners.empty()) {
             InstanceMarks marks(t_, f_);
@@ -78,7 +78,7 @@ private:
 
     void transposeNode(NodeId id, std::vector<NodeId>& x) {
         const int inputCount = static_cast<int>(x.size());
-        if (!live_[id] || terms_[id].empty()) return;
+        if (!live_[id] || (getsWideTerms_[id] ? terms_[id].empty() : narrowSum_[id] < 0)) return;
         const Node& n = f_.node(id);
         std::unique_ptr<Dag::WideScope> scope(n.wide ? new Dag::WideScope(t_) : nullptr);
         const NodeId g = adjoint(id);
@@ -148,35 +148,30 @@ private:
     // wide region for a single-precision value, a product is rounded at once
     // and a sum region's share waits to be summed with the others.
     void pass(NodeId from, NodeId to, NodeId value) {
-        if (f_.node(from).wide && !f_.node(to).wide) {
-            if (sumRegion_[root(from)]) {
-                terms_[to].push_back({value, true});
-                Dag::WideScope scope(t_);
-                wideSum_[to] = wideSum_[to] < 0 ? value : t_.add(wideSum_[to], value);
-                return;
-            }
-            value = t_.narrow(value);
-        }
-        terms_[to].push_back({value, false});
-        if (getsWideTerms_[to]) return;
-        Dag::WideScope scope(t_, f_.node(to).wide);
-        narrowSum_[to] = narrowSum_[to] < 0 ? value : t_.add(narrowSum_[to], value);
+        const bool leavesWide = f_.node(from).wide && !f_.node(to).wide;
+        if (leavesWide && !sumRegion_[root(from)]) value = t_.narrow(value);
+        addTerm(to, value, leavesWide && sumRegion_[root(from)]);
+    }
+
+    // Adds a contribution to its value's sum where it is made, so that a
+    // transposed block of sums runs block by block, as the forward one did.
+    // A wide share joins the wide sum; the others join the plain sum, but
+    // for a value that also gets wide shares: those are kept in order for
+    // adjoint() to place the wide sum among them.
+    void addTerm(NodeId to, NodeId value, bool wideSum) {
+        if (getsWideTerms_[to]) terms_[to].push_back({value, wideSum});
+        NodeId& sum = wideSum ? wideSum_[to] : narrowSum_[to];
+        if (!wideSum && getsWideTerms_[to]) return;
+        Dag::WideScope scope(t_, wideSum || f_.node(to).wide);
+        sum = sum < 0 ? value : t_.add(sum, value);
     }
 
     // The sum of a node's contributions in the order they came; the shares of
     // wide sum regions are summed in double where the first of them stood.
-    // pass() has already built these sums term by term as the contributions
-    // came (the same nodes), so that each term is added where it is made: a
-    // transposed block of sums then runs block by block, as the forward one.
     NodeId adjoint(NodeId id) {
+        if (!getsWideTerms_[id]) return narrowSum_[id];
+        const NodeId wide = wideSum_[id] < 0 ? -1 : t_.narrow(wideSum_[id]);
         const std::vector<Term>& terms = terms_[id];
-        NodeId wide = -1;
-        for (const Term& term : terms) {
-            if (!term.wideSum) continue;
-            Dag::WideScope scope(t_);
-            wide = wide < 0 ? term.value : t_.add(wide, term.value);
-        }
-        if (wide >= 0) wide = t_.narrow(wide);
         NodeId sum = -1;
         bool wideTaken = false;
         for (const Term& term : terms) {
@@ -190,8 +185,8 @@ private:
 
     Dag& t_;
     const Dag& f_;
-    std::vector<std::vector<Term>> terms_;
-    std::vector<NodeId> narrowSum_, wideSum_;  // partial sums built by pass()
+    std::vector<std::vector<Term>> terms_;     // of the values that get wide shares
+    std::vector<NodeId> narrowSum_, wideSum_;  // sums built term by term (addTerm)
     std::vector<char> live_, getsWideTerms_;
     std::vector<NodeId> region_;
     std::vector<char> sumRegion_;

@@ -185,7 +185,7 @@ void generate(SourceSet& out) {
                     const Kernel k{n, p, layout};
                     const std::vector<Dag> dags = kernelDags(k, swap);
                     for (const Dag& dag : dags) checkAgainstNaiveInverse(dag, k);
-                    b.bodies.push_back(emitBestRealKernelBody(dags, p).body);
+                    b.bodies.push_back(emitBestRealKernelBody(dags, p));
                     b.flops.push_back(countFlops(dags.front()));
                 }
                 return b;

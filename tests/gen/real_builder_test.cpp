@@ -87,18 +87,6 @@ TEST_P(RealBuilder, ComputesTheDftInBothPrecisionModesAndFactorOrders) {
                 buildInto(dag, n, options);
                 EXPECT_LT(errorAgainstNaive(dag, n, 7u + n), 1e-16) << "wide " << wide << " sums " << wideSums << " swap " << swap;
             }
-    const RealRow& row = realRow(n);
-    RealDftOptions swapped;
-    swapped.swapFactors = true;
-    const RealRow built = realRowBuilt(n, swapped);
-    if (factorsMaySwap(row)) {
-        EXPECT_EQ(row.method, RealMethod::PrimeFactor);
-        EXPECT_EQ(built.n1, row.n2);
-        EXPECT_EQ(built.n2, row.n1);
-    } else {
-        EXPECT_EQ(built.n1, row.n1);
-        EXPECT_EQ(built.n2, row.n2);
-    }
 }
 
 // Multiplications of the two-stage and butterfly lengths follow from their
