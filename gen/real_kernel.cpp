@@ -37,6 +37,11 @@ void checkSameOutputs(const Dag& scalar, const Dag& paired) {
             throw std::runtime_error("paired lanes disagree with the scalar DAG at output " + std::to_string(e));
 }
 
+// Keeps in `best` whichever of it and r emits fewer instructions (the first on a tie).
+void keepFewer(EmitResult& best, EmitResult r) {
+    if (best.body.empty() || r.counts.total() < best.counts.total()) best = std::move(r);
+}
+
 }  // namespace
 
 EmitResult emitRealKernelBody(const Dag& dag, Precision precision) {
@@ -53,18 +58,14 @@ EmitResult emitRealKernelBody(const Dag& dag, Precision precision) {
         for (Orientation orientation : {Orientation::Any, Orientation::LaneZeroCheaper}) {
             const Dag paired = pairLanes(dag, depth, orientation);
             checkSameOutputs(dag, paired);
-            EmitResult r = emitBody(paired, o);
-            if (best.body.empty() || r.counts.total() < best.counts.total()) best = std::move(r);
+            keepFewer(best, emitBody(paired, o));
         }
     return best;
 }
 
 EmitResult emitBestRealKernelBody(const std::vector<Dag>& dags, Precision precision) {
     EmitResult best;
-    for (const Dag& dag : dags) {
-        EmitResult r = emitRealKernelBody(dag, precision);
-        if (best.body.empty() || r.counts.total() < best.counts.total()) best = std::move(r);
-    }
+    for (const Dag& dag : dags) keepFewer(best, emitRealKernelBody(dag, precision));
     return best;
 }
 
