@@ -176,22 +176,29 @@ private:
             }
     }
 
-    // Instances of the same size whose operations match position by position
+    // The live operations of an instance, in creation order. Negations stay
+    // with their values and do not count, nor do nodes the simplifier made
+    // on the way and left unused.
+    std::vector<NodeId> liveOperations(const Dag::Instance& i) const {
+        std::vector<NodeId> ops;
+        for (NodeId id = i.begin; id < i.end; ++id)
+            if (live_[id] && node(id).op != Op::Input && node(id).op != Op::Zero && node(id).op != Op::Neg) ops.push_back(id);
+        return ops;
+    }
+
+    // Instances with as many live operations, matching position by position
     // but for a few (a sum whose terms differ in sign, say): the matching
     // positions pair.
     bool pairInstance(const Dag::Instance& a, const Dag::Instance& b) {
-        if (a.end - a.begin != b.end - b.begin || a.end - a.begin == 0) return false;
-        int mismatches = 0;
-        for (NodeId k = 0; k < a.end - a.begin; ++k) {
-            const Node &x = node(a.begin + k), &y = node(b.begin + k);
-            mismatches += x.op != y.op || x.wide != y.wide || live_[a.begin + k] != live_[b.begin + k];
-        }
-        if (mismatches * kMismatchesPer > a.end - a.begin) return false;
-        for (NodeId k = 0; k < a.end - a.begin; ++k) {
-            const NodeId u = a.begin + k, v = b.begin + k;
-            const Op op = node(u).op;
-            if (!live_[u] || !live_[v] || node(u).wide != node(v).wide) continue;
-            if (op == Op::Input || op == Op::Zero || paired(u) || paired(v)) continue;
+        const std::vector<NodeId> x = liveOperations(a), y = liveOperations(b);
+        if (x.size() != y.size() || x.empty()) return false;
+        std::size_t mismatches = 0;
+        for (std::size_t k = 0; k < x.size(); ++k)
+            mismatches += effectiveOp(x[k]) != effectiveOp(y[k]) || node(x[k]).wide != node(y[k]).wide;
+        if (mismatches * kMismatchesPer > x.size()) return false;
+        for (std::size_t k = 0; k < x.size(); ++k) {
+            const NodeId u = x[k], v = y[k];
+            if (paired(u) || paired(v) || node(u).wide != node(v).wide) continue;
             if (effectiveOp(u) != effectiveOp(v)) continue;
             if (std::max(earliest_[u], earliest_[v]) > std::min(latest_[u], latest_[v])) continue;
             if (dependsOn(u, v) || dependsOn(v, u)) continue;

@@ -1,6 +1,7 @@
 #include "real_dft.h"
 
 #include <algorithm>
+#include <functional>
 #include <memory>
 #include <stdexcept>
 
@@ -21,9 +22,13 @@ struct Pair {
 
 using Spectrum = std::vector<Pair>;
 
-// Direct sums of at least this many terms are built in blocks of rows.
-constexpr int kBlockedSumsFrom = 16;
+// Paired direct sums are built in blocks of this many rows (one vector
+// per row and block: eight sums in flight, and registers left for the
+// operand and the product).
 constexpr int kRowsPerBlock = 8;
+// Direct lengths of up to this many symmetric pairs (3 and 5) sum exactly
+// as they are written out: from x0, left to right.
+constexpr int kWrittenOutTerms = 2;
 
 class Builder {
 public:
@@ -140,22 +145,41 @@ private:
     Spectrum realDirect(const std::vector<NodeId>& x) {
         const int n = static_cast<int>(x.size()), m = (n - 1) / 2;
         std::vector<NodeId> s(m + 1), d(m + 1);
-        std::vector<NodeId> total{x[0]};
+        // R_0 = x0 + the odd-indexed pair sums + the even-indexed ones: two
+        // chains side by side, as neighbouring pair sums share a vector.
+        std::vector<NodeId> total[2] = {{x[0]}, {}};
         for (int j = 1; j <= m; ++j) {
             s[j] = dag_.add(x[j], x[n - j]);
             d[j] = dag_.sub(x[j], x[n - j]);
-            total.push_back(s[j]);
+            total[1 - j % 2].push_back(s[j]);
         }
         Spectrum out(n);
-        out[0] = {chain(total), zero()};
+        out[0] = {m == 1 ? chain(total[0]) : dag_.add(chain(total[0]), chain(total[1])), zero()};
         const bool wideSums = options_.wideProducts && options_.wideSums;
         std::vector<NodeId> re, im;
         {
             std::unique_ptr<Dag::WideScope> scope(wideSums ? new Dag::WideScope(dag_) : nullptr);
             auto product = [&](Real c, NodeId v) { return wideSums ? dag_.scale(c, v) : mul(c, v); };
             auto w = [&](int k, int j) { return unitRoot(static_cast<long>(j) * k, n, 1); };
-            re = rowSums(m, m, [&](int) { return x[0]; }, [&](int k, int j) { return product(w(k, j).real(), s[j]); });
-            im = rowSums(m, m, [](int) { return -1; }, [&](int k, int j) { return product(w(k, j).imag(), d[j]); });
+            const std::function<Real(int, int)> coefficient[2] = {[&](int k, int j) { return w(k, j).real(); },
+                                                                  [&](int k, int j) { return w(k, j).imag(); }};
+            if (m <= kWrittenOutTerms) {
+                // The lengths written out term by term: left to right from x0.
+                for (int k = 1; k <= m; ++k) {
+                    re.push_back(x[0]), im.push_back(zero());
+                    for (int j = 1; j <= m; ++j) {
+                        re.back() = dag_.add(re.back(), product(coefficient[0](k, j), s[j]));
+                        im.back() = dag_.add(im.back(), product(coefficient[1](k, j), d[j]));
+                    }
+                }
+            } else {
+                const auto [cosineSums, sineSums] = rowSumPairs(m, m, coefficient, {s, d}, product);
+                for (int k = 1; k <= m; ++k) {
+                    const NodeId c = cosineSums.sums[k - 1], si = sineSums.sums[k - 1];
+                    re.push_back(cosineSums.negated[k - 1] ? dag_.sub(x[0], c) : dag_.add(x[0], c));
+                    im.push_back(sineSums.negated[k - 1] ? dag_.neg(si) : si);
+                }
+            }
         }
         for (int k = 1; k <= m; ++k) {
             out[k] = {dag_.narrow(re[k - 1]), dag_.neg(dag_.narrow(im[k - 1]))};
@@ -269,24 +293,41 @@ private:
         return transposeInto(dag_, alone, products, m);
     }
 
-    // Rows k = 1..rows of left-to-right sums first(k) + term(k, 1) + ... +
-    // term(k, terms) (first -1: none). Long sums are created in blocks of
-    // rows advanced term by term, which keeps few values live at once; the
-    // sums themselves are the same.
-    template <class First, class Term>
-    std::vector<NodeId> rowSums(int rows, int terms, First first, Term term) {
-        const int block = terms >= kBlockedSumsFrom ? kRowsPerBlock : rows;
-        std::vector<NodeId> sums(rows);
-        for (int k0 = 1; k0 <= rows; k0 += block) {
-            const int k1 = std::min(rows + 1, k0 + block);
-            for (int k = k0; k < k1; ++k) {
-                const NodeId f = first(k);
-                sums[k - 1] = f < 0 ? term(k, 1) : dag_.add(f, term(k, 1));
+    // Two sets of row sums of the same shape, sum_j c(k, j) v_j (the cosine
+    // and the sine sums of a direct transform), block by block: each block
+    // of the first set, then the same rows of the second, marked as
+    // neighbouring instances so that lane pairing puts row k of both sets in
+    // one vector. A row whose first constant is negative is summed negated
+    // (sign -1 in `negated`): no partial sum is then a negation, and the
+    // rows of both sets stay additions and subtractions of single products
+    // position by position.
+    struct RowSums {
+        std::vector<NodeId> sums;
+        std::vector<bool> negated;
+    };
+    template <class Product>
+    std::pair<RowSums, RowSums> rowSumPairs(int rows, int terms, const std::function<Real(int, int)> (&coefficient)[2],
+                                            const std::vector<NodeId> (&operand)[2], Product product) {
+        RowSums sets[2];
+        for (RowSums& set : sets) set.sums.assign(rows, -1), set.negated.assign(rows, false);
+        for (int k0 = 1; k0 <= rows; k0 += kRowsPerBlock) {
+            const int k1 = std::min(rows + 1, k0 + kRowsPerBlock), group = dag_.newInstanceGroup();
+            for (int i = 0; i < 2; ++i) {
+                auto term = [&](int k, int j) {
+                    const Real c = coefficient[i](k, j);
+                    return product(sets[i].negated[k - 1] ? -c : c, operand[i][j]);
+                };
+                const NodeId begin = dag_.nextId();
+                for (int k = k0; k < k1; ++k) {
+                    sets[i].negated[k - 1] = coefficient[i](k, 1) < 0;
+                    sets[i].sums[k - 1] = term(k, 1);
+                }
+                for (int j = 2; j <= terms; ++j)
+                    for (int k = k0; k < k1; ++k) sets[i].sums[k - 1] = dag_.add(sets[i].sums[k - 1], term(k, j));
+                dag_.markInstance(begin, group);
             }
-            for (int j = 2; j <= terms; ++j)
-                for (int k = k0; k < k1; ++k) sums[k - 1] = dag_.add(sums[k - 1], term(k, j));
         }
-        return sums;
+        return {sets[0], sets[1]};
     }
 
     Spectrum complexButterfly(const std::vector<Pair>& x) {
