@@ -3,6 +3,7 @@
 // multiplication counts), and the lane pairing that vectorises real DAGs.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 
 #include "builders/real_dft.h"
@@ -119,6 +120,36 @@ TEST_P(RealBuilder, LanePairingComputesTheSameOutputs) {
                 for (int e : o.elements)
                     if (e >= 0) ++written[e];
             for (const Output& o : dag.outputs()) EXPECT_EQ(written[o.elements[0]], 1) << o.elements[0];
+        }
+}
+
+// The direct sums put row k's cosine and sine sums in one vector: every
+// product of a pair sum s_j shares its vector with a product of the
+// difference d_j, so one (s_j, d_j) operand serves both lanes.
+TEST(RealBuilderPairing, DirectRowsShareOnePairOperandPerProduct) {
+    for (int n : {7, 13, 23, 47, 59})
+        for (bool single : {false, true}) {
+            Dag dag(ValueKind::Real, 1, Signs::Separate);
+            buildInto(dag, n, RealDftOptions{single, single});
+            const std::vector<NodeId> partner = lanePartners(dag, Depth::Instances);
+            // j for s_j, -j for d_j, 0 for any other node.
+            auto pairIndex = [&](NodeId id) {
+                const Node& v = dag.node(id);
+                if ((v.op != Op::Add && v.op != Op::Sub) || dag.node(v.a).op != Op::Input || dag.node(v.b).op != Op::Input)
+                    return 0;
+                const int a = dag.inputElements(dag.node(v.a).arg)[0], b = dag.inputElements(dag.node(v.b).arg)[0];
+                if (a + b != n) return 0;
+                return v.op == Op::Add ? std::min(a, b) : -std::min(a, b);
+            };
+            int products = 0;
+            for (NodeId id = 0; id < static_cast<NodeId>(dag.nodes().size()); ++id) {
+                if (dag.node(id).op != Op::Scale || pairIndex(dag.node(id).a) <= 0) continue;
+                ++products;
+                ASSERT_GE(partner[id], 0) << "n " << n << " node " << id;
+                EXPECT_EQ(dag.node(partner[id]).op, Op::Scale);
+                EXPECT_EQ(pairIndex(dag.node(partner[id]).a), -pairIndex(dag.node(id).a)) << "n " << n;
+            }
+            EXPECT_EQ(products, (n - 1) / 2 * ((n - 1) / 2)) << "n " << n;
         }
 }
 
