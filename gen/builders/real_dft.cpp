@@ -1,7 +1,6 @@
 #include "real_dft.h"
 
 #include <algorithm>
-#include <functional>
 #include <memory>
 #include <stdexcept>
 
@@ -161,23 +160,33 @@ private:
             std::unique_ptr<Dag::WideScope> scope(wideSums ? new Dag::WideScope(dag_) : nullptr);
             auto product = [&](Real c, NodeId v) { return wideSums ? dag_.scale(c, v) : mul(c, v); };
             auto w = [&](int k, int j) { return unitRoot(static_cast<long>(j) * k, n, 1); };
-            const std::function<Real(int, int)> coefficient[2] = {[&](int k, int j) { return w(k, j).real(); },
-                                                                  [&](int k, int j) { return w(k, j).imag(); }};
+            auto cosine = [&](int k, int j) { return w(k, j).real(); };
+            auto sine = [&](int k, int j) { return w(k, j).imag(); };
             if (m <= kWrittenOutTerms) {
                 // The lengths written out term by term: left to right from x0.
                 for (int k = 1; k <= m; ++k) {
-                    re.push_back(x[0]), im.push_back(zero());
+                    NodeId r = x[0], i = zero();
                     for (int j = 1; j <= m; ++j) {
-                        re.back() = dag_.add(re.back(), product(coefficient[0](k, j), s[j]));
-                        im.back() = dag_.add(im.back(), product(coefficient[1](k, j), d[j]));
+                        r = dag_.add(r, product(cosine(k, j), s[j]));
+                        i = dag_.add(i, product(sine(k, j), d[j]));
                     }
+                    re.push_back(r), im.push_back(i);
                 }
             } else {
-                const auto [cosineSums, sineSums] = rowSumPairs(m, m, coefficient, {s, d}, product);
+                // Blocks of rows: the cosine sums, then the same rows' sine
+                // sums, as neighbouring instances, so that lane pairing puts
+                // row k of both in one vector and each product takes one
+                // (s_j, d_j) operand.
+                std::vector<NodeId> cosineSums(m), sineSums(m);
+                for (int k0 = 1; k0 <= m; k0 += kRowsPerBlock) {
+                    const int k1 = std::min(m + 1, k0 + kRowsPerBlock), group = dag_.newInstanceGroup();
+                    rowSums(k0, k1, m, cosine, s, product, group, cosineSums);
+                    rowSums(k0, k1, m, sine, d, product, group, sineSums);
+                }
                 for (int k = 1; k <= m; ++k) {
-                    const NodeId c = cosineSums.sums[k - 1], si = sineSums.sums[k - 1];
-                    re.push_back(cosineSums.negated[k - 1] ? dag_.sub(x[0], c) : dag_.add(x[0], c));
-                    im.push_back(sineSums.negated[k - 1] ? dag_.neg(si) : si);
+                    const NodeId c = cosineSums[k - 1], si = sineSums[k - 1];
+                    re.push_back(cosine(k, 1) < 0 ? dag_.sub(x[0], c) : dag_.add(x[0], c));
+                    im.push_back(sine(k, 1) < 0 ? dag_.neg(si) : si);
                 }
             }
         }
@@ -293,41 +302,20 @@ private:
         return transposeInto(dag_, alone, products, m);
     }
 
-    // Two sets of row sums of the same shape, sum_j c(k, j) v_j (the cosine
-    // and the sine sums of a direct transform), block by block: each block
-    // of the first set, then the same rows of the second, marked as
-    // neighbouring instances so that lane pairing puts row k of both sets in
-    // one vector. A row whose first constant is negative is summed negated
-    // (sign -1 in `negated`): no partial sum is then a negation, and the
-    // rows of both sets stay additions and subtractions of single products
-    // position by position.
-    struct RowSums {
-        std::vector<NodeId> sums;
-        std::vector<bool> negated;
-    };
-    template <class Product>
-    std::pair<RowSums, RowSums> rowSumPairs(int rows, int terms, const std::function<Real(int, int)> (&coefficient)[2],
-                                            const std::vector<NodeId> (&operand)[2], Product product) {
-        RowSums sets[2];
-        for (RowSums& set : sets) set.sums.assign(rows, -1), set.negated.assign(rows, false);
-        for (int k0 = 1; k0 <= rows; k0 += kRowsPerBlock) {
-            const int k1 = std::min(rows + 1, k0 + kRowsPerBlock), group = dag_.newInstanceGroup();
-            for (int i = 0; i < 2; ++i) {
-                auto term = [&](int k, int j) {
-                    const Real c = coefficient[i](k, j);
-                    return product(sets[i].negated[k - 1] ? -c : c, operand[i][j]);
-                };
-                const NodeId begin = dag_.nextId();
-                for (int k = k0; k < k1; ++k) {
-                    sets[i].negated[k - 1] = coefficient[i](k, 1) < 0;
-                    sets[i].sums[k - 1] = term(k, 1);
-                }
-                for (int j = 2; j <= terms; ++j)
-                    for (int k = k0; k < k1; ++k) sets[i].sums[k - 1] = dag_.add(sets[i].sums[k - 1], term(k, j));
-                dag_.markInstance(begin, group);
-            }
-        }
-        return {sets[0], sets[1]};
+    // Rows k0..k1-1 of the sums sum_j c(k, j) v_j (j = 1..terms), advanced
+    // term by term and marked as one instance of `group`. A row whose first
+    // constant is negative is summed negated: no partial sum is then a
+    // negation, and two sets of rows (cosines and sines) stay additions and
+    // subtractions of single products position by position.
+    template <class Coefficient, class Product>
+    void rowSums(int k0, int k1, int terms, Coefficient c, const std::vector<NodeId>& v, Product product, int group,
+                 std::vector<NodeId>& sums) {
+        auto term = [&](int k, int j) { return product(c(k, 1) < 0 ? -c(k, j) : c(k, j), v[j]); };
+        const NodeId begin = dag_.nextId();
+        for (int k = k0; k < k1; ++k) sums[k - 1] = term(k, 1);
+        for (int j = 2; j <= terms; ++j)
+            for (int k = k0; k < k1; ++k) sums[k - 1] = dag_.add(sums[k - 1], term(k, j));
+        dag_.markInstance(begin, group);
     }
 
     Spectrum complexButterfly(const std::vector<Pair>& x) {
