@@ -41,6 +41,7 @@ public:
         if (o_.schedule == Schedule::Latency) order = latencyOrder(order);
         if (o_.schedule == Schedule::CreationNearUse) order = productsNearUse(order);
         markUsedLanes(order);
+        markSignsAtStores(order);
         if (o_.mode == EmitMode::RealPairs && !f64()) startFloatLanes();
 
         std::map<NodeId, std::vector<int>> outputsOf;
@@ -147,7 +148,10 @@ private:
     std::vector<NodeId> productsNearUse(const std::vector<NodeId>& order) const {
         std::vector<int> uses = usesIn(order);
         for (const Output& out : dag_.outputs()) ++uses[out.value];
-        auto moves = [&](NodeId id) { return id >= 0 && dag_.node(id).op == Op::Scale && uses[id] == 1; };
+        std::vector<char> output(uses.size(), 0);
+        for (const Output& out : dag_.outputs()) output[out.value] = 1;
+        // A product that is an output has no use to move to.
+        auto moves = [&](NodeId id) { return id >= 0 && dag_.node(id).op == Op::Scale && uses[id] == 1 && !output[id]; };
         std::vector<NodeId> out;
         for (NodeId id : order) {
             if (moves(id)) continue;
@@ -157,6 +161,35 @@ private:
             out.push_back(id);
         }
         return out;
+    }
+
+    // RealPairs outputs that only change the signs of lanes (a negation, a
+    // scale by +-1 per lane) and feed nothing else: the sign goes into the
+    // output's scale factor instead (the same bits, one instruction fewer).
+    void markSignsAtStores(const std::vector<NodeId>& order) {
+        signAtStore_.assign(dag_.nodes().size(), 0);
+        if (o_.mode != EmitMode::RealPairs || o_.scaleVar.empty()) return;
+        const std::vector<int> uses = usesIn(order);
+        for (NodeId id : order) signAtStore_[id] = uses[id] == 0 && !laneSigns(id).empty();
+    }
+    // Whether each lane of node id is its operand negated, for a node that
+    // only changes signs; empty otherwise.
+    std::vector<bool> laneSigns(NodeId id) const {
+        const Node& n = dag_.node(id);
+        if (n.op == Op::Neg) return std::vector<bool>(dag_.lanes(), true);
+        if (n.op != Op::Scale) return {};
+        std::vector<bool> negated;
+        for (const Complex& c : dag_.constant(n.arg)) {
+            if (std::fabs(c.real()) != 1 || c.imag() != 0) return {};
+            negated.push_back(c.real() < 0);
+        }
+        return negated;
+    }
+    // Lane l of output value x as it is stored: the operand of a sign change
+    // folded into the store, with that lane's sign.
+    Lane storedLane(NodeId x, int l) const {
+        if (!signAtStore_[x]) return {var(x), l};
+        return {var(dag_.node(x).a), l, laneSigns(x)[l]};
     }
 
     // Which lanes of each value some output needs (bit l = lane l).
@@ -396,9 +429,11 @@ private:
         }
         return w;
     }
-    std::string pairLoad(const std::vector<int>& e) {
+    // Elements e in lanes 0 and 1; a lane without an element that some
+    // output needs (bit l of `usedLanes`) holds zero.
+    std::string pairLoad(const std::vector<int>& e, int usedLanes) {
         const int e0 = e[0], e1 = e[1];
-        if (floatLanes_) return floatLanes_->loadPair(e0, e1);
+        if (floatLanes_) return floatLanes_->loadPair(e0, e1, e1 < 0 && (usedLanes & 2));
         auto addr = [&](int i) { return "(" + o_.load(i) + ")"; };
         counts_.loads += (e0 >= 0) + (e1 >= 0 && e1 != e0 + 1);
         if (e0 >= 0 && e1 == e0 + 1) return "_mm_loadu_pd(" + addr(e0) + ")";
@@ -414,7 +449,7 @@ private:
                     if (e >= 0) in.insert(e);
         for (const Output& o : dag_.outputs())
             for (int l = 0; l < static_cast<int>(o.elements.size()); ++l)
-                if (o.elements[l] >= 0) out[o.elements[l]] = {var(o.value), l};
+                if (o.elements[l] >= 0) out[o.elements[l]] = storedLane(o.value, l);
         floatLanes_ = std::make_unique<FloatLanes>([this](const std::string& s) { line(s); }, o_.load, o_.store, o_.scaleVar);
         floatLanes_->setInputs(in);
         floatLanes_->setOutputs(out);
@@ -424,7 +459,7 @@ private:
         const bool wide = wideNode(id);
         std::string expr;
         switch (n.op) {
-            case Op::Input: expr = pairLoad(dag_.inputElements(n.arg)); break;
+            case Op::Input: expr = pairLoad(dag_.inputElements(n.arg), usedLanes_[id]); break;
             case Op::Zero: expr = pairCall("setzero", wide, ""); break;
             case Op::Add: ++counts_.arithmetic, expr = pairCall("add", wide, pairOperand(n.a, wide), pairOperand(n.b, wide)); break;
             case Op::Sub: ++counts_.arithmetic, expr = pairCall("sub", wide, pairOperand(n.a, wide), pairOperand(n.b, wide)); break;
@@ -457,14 +492,19 @@ private:
     void emitPairStore(const Output& out) {
         if (floatLanes_) {  // scaled and stored four neighbours at a time
             for (int l = 0; l < 2; ++l)
-                if (out.elements[l] >= 0) floatLanes_->store(out.elements[l], {var(out.value), l});
+                if (out.elements[l] >= 0) floatLanes_->store(out.elements[l], storedLane(out.value, l));
             return;
         }
-        std::string v = var(out.value);
-        if (!o_.scaleVar.empty()) {
+        std::string v = var(out.value), scale = o_.scaleVar;
+        if (signAtStore_[out.value]) {
+            v = var(dag_.node(out.value).a);
+            const std::vector<bool> negated = laneSigns(out.value);
+            scale = signedScale(negated[0], negated[1]);
+        }
+        if (!scale.empty()) {
             ++counts_.arithmetic;
             const std::string scaled = "o" + std::to_string(out.value);
-            line("const __m128d " + scaled + " = _mm_mul_pd(" + v + ", " + o_.scaleVar + ");");
+            line("const __m128d " + scaled + " = _mm_mul_pd(" + v + ", " + scale + ");");
             v = scaled;
         }
         const int e0 = out.elements[0], e1 = out.elements[1];
@@ -474,7 +514,18 @@ private:
         if (e1 >= 0) ++counts_.stores, line("_mm_storeh_pd(" + addr(e1) + ", " + v + ");");
     }
 
+    // The double-precision scale factor with the given lanes negated, made once.
+    std::string signedScale(bool negate0, bool negate1) {
+        const std::string name = o_.scaleVar + "n" + std::to_string(negate0 | negate1 << 1);
+        if (signedScales_.insert(name).second) {
+            ++counts_.arithmetic;
+            line("const __m128d " + name + " = _mm_xor_pd(" + o_.scaleVar + ", " + pairConstant(negate0 ? -0.0L : 0.0L, negate1 ? -0.0L : 0.0L, true) + ");");
+        }
+        return name;
+    }
+
     void emitNode(NodeId id) {
+        if (signAtStore_[id]) return;
         const long before = counts_.arithmetic;
         if (o_.mode == EmitMode::RealPairs) return emitPairNode(id);
         vector() ? emitVectorNode(id) : emitScalarNode(id);
@@ -532,7 +583,9 @@ private:
     OpCounts counts_;
     std::vector<int> usedLanes_;
     std::set<NodeId> widened_;
-    std::unique_ptr<FloatLanes> floatLanes_;  // single-precision RealPairs memory and lane moves
+    std::unique_ptr<FloatLanes> floatLanes_;
+    std::vector<char> signAtStore_;        // see markSignsAtStores
+    std::set<std::string> signedScales_;  // single-precision RealPairs memory and lane moves
 };
 
 }  // namespace

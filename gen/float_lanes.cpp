@@ -117,7 +117,7 @@ std::string FloatLanes::spanVar(int i) {
 // Elements from the loaded spans where that takes at most one shuffle, else
 // by scalar loads: the load ports are idle, while shuffles share their
 // execution ports with the arithmetic.
-std::string FloatLanes::loadPair(int e0, int e1) {
+std::string FloatLanes::loadPair(int e0, int e1, bool zeroLane) {
     if (e0 < 0 && e1 < 0) throw std::logic_error("a load reads no element");
     auto scalar = [&](int e) {
         ++loads;
@@ -125,6 +125,7 @@ std::string FloatLanes::loadPair(int e0, int e1) {
     };
     auto lane = [&](int span, int e) { return Lane{spanVar(span), e - inSpans_[span].first}; };
     if (e1 < 0) {
+        if (zeroLane) return scalar(e0);
         for (int s : inSpansOf_.at(e0))
             if (inSpans_[s].first == e0) return spanVar(s);
         return scalar(e0);
@@ -210,6 +211,27 @@ std::string FloatLanes::gather(const std::vector<Lane>& l) {
     return shuffled(half[0], half[1], pos);
 }
 
+// The factor a span's lanes are multiplied by: the scale, its sign flipped
+// in the lanes stored negated (made once per pattern; a negation there is
+// free and exact).
+std::string FloatLanes::scaleWithSigns(const std::vector<Lane>& lanes) {
+    std::string mask;
+    bool negated = false;
+    for (std::size_t l = 0; l < 4; ++l) {
+        const bool flip = l < lanes.size() && lanes[l].negated;
+        mask += std::string(l ? ", " : "") + (flip ? "-0.0f" : "0.0f");
+        negated |= flip;
+    }
+    if (!negated) return scaleVar_;
+    if (scaleVar_.empty()) throw std::logic_error("a negated output lane needs a scale factor to carry its sign");
+    auto it = signedScales_.find(mask);
+    if (it != signedScales_.end()) return it->second;
+    const std::string name = scaleVar_ + "n" + std::to_string(signedScales_.size());
+    ++arithmetic;
+    line_("const __m128 " + name + " = _mm_xor_ps(" + scaleVar_ + ", _mm_setr_ps(" + mask + "));");
+    return signedScales_[mask] = name;
+}
+
 void FloatLanes::store(int e, const Lane& from) {
     sources_[e] = from;
     for (int i : outSpansOf_.at(e)) {
@@ -220,9 +242,10 @@ void FloatLanes::store(int e, const Lane& from) {
         if (static_cast<int>(lanes.size()) < s.count) continue;
         done_[i] = 1, ++stored_, ++stores;
         std::string v = s.count == 4 ? gather(lanes) : s.count == 2 ? select(lanes[0], lanes[1]) : lanes[0].lane == 0 ? lanes[0].var : select(lanes[0], lanes[0]);
-        if (!scaleVar_.empty()) {
+        const std::string scale = scaleWithSigns(lanes);
+        if (!scale.empty()) {
             ++arithmetic;
-            line_("const __m128 p" + std::to_string(i) + " = _mm_mul_ps(" + v + ", " + scaleVar_ + ");");
+            line_("const __m128 p" + std::to_string(i) + " = _mm_mul_ps(" + v + ", " + scale + ");");
             v = "p" + std::to_string(i);
         }
         const std::string addr = "(" + store_(s.first) + ")";

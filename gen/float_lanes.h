@@ -27,10 +27,11 @@ std::vector<Span> coverWithSpans(const std::set<int>& elements);
 // four elements gives the lowest total cost.
 std::vector<Span> coverWithSpans(const std::set<int>& elements, const std::function<int(const Span&)>& cost);
 
-// One lane of a named __m128 value.
+// One lane of a named __m128 value (an output lane may be stored negated).
 struct Lane {
     std::string var;
     int lane;
+    bool negated = false;
 };
 
 class FloatLanes {
@@ -41,8 +42,9 @@ public:
 
     // Input side: the elements every load reads (set before the first load).
     void setInputs(const std::set<int>& elements);
-    // Expression of elements e0, e1 in lanes 0 and 1 (-1: that lane unused).
-    std::string loadPair(int e0, int e1);
+    // Expression of elements e0, e1 in lanes 0 and 1 (-1: that lane unused,
+    // or zero where `zeroLane` asks for it).
+    std::string loadPair(int e0, int e1, bool zeroLane);
 
     // Output side: every element the kernel writes and the lane it comes
     // from (set before the first store).
@@ -58,6 +60,7 @@ public:
 
 private:
     std::string spanVar(int spanIndex);
+    std::string scaleWithSigns(const std::vector<Lane>& lanes);
     std::string gather(const std::vector<Lane>& lanes);
     std::pair<std::string, std::string> interleaved(const std::string& p, const std::string& q);
 
@@ -71,6 +74,7 @@ private:
     std::vector<char> done_;
     int stored_ = 0;
     std::map<std::pair<std::string, std::string>, std::string> unpacked_;
+    std::map<std::string, std::string> signedScales_;  // sign mask -> the scale factor with those signs
 };
 
 }  // namespace kfpg::gen

@@ -38,6 +38,16 @@ public:
     }
 
 private:
+    struct Place {
+        NodeId value = -1;
+        int lane = 0;
+    };
+    struct Carried {
+        NodeId value;
+        int lane;
+        bool negated;
+    };
+
     const Node& node(NodeId id) const { return s_.node(id); }
     bool isInput(NodeId id) const { return node(id).op == Op::Input; }
     int element(NodeId id) const { return s_.inputElements(node(id).arg)[0]; }
@@ -57,6 +67,13 @@ private:
             if (n.b >= 0) live_[n.b] = 1, ++uses[n.b];
         }
         for (const Output& o : s_.outputs()) ++uses[o.value];
+        users_.assign(count, {});
+        for (NodeId id = 0; id < static_cast<NodeId>(count); ++id)
+            if (live_[id])
+                for (NodeId x : {node(id).a, node(id).b == node(id).a ? -1 : node(id).b})
+                    if (x >= 0) users_[x].push_back(id);
+        output_.assign(count, 0);
+        for (const Output& o : s_.outputs()) output_[o.value] = 1;
         // a - c x with c x used nowhere else is a + (-c) x: an addition like
         // its neighbours, so that sums whose terms differ in sign still pair.
         flip_.assign(count, 0);
@@ -119,12 +136,11 @@ private:
         for (NodeId id = 0; id < static_cast<NodeId>(count); ++id)
             if (live_[id]) deepest = std::max(deepest, level_[id]);
         latest_.assign(count, deepest);
-        users_.assign(count, {});
         for (NodeId id = static_cast<NodeId>(count) - 1; id >= 0; --id) {
             if (!live_[id]) continue;
             const Node& n = node(id);
             for (NodeId x : {n.a, n.b == n.a ? -1 : n.b})
-                if (x >= 0) latest_[x] = std::min(latest_[x], latest_[id] - 1), users_[x].push_back(id);
+                if (x >= 0) latest_[x] = std::min(latest_[x], latest_[id] - 1);
         }
         // below_[id]: bit set of the nodes that id depends on.
         const std::size_t words = (count + 63) / 64;
@@ -211,9 +227,70 @@ private:
         return true;
     }
 
+    // ---- Carries ----
+    // An input x plus or minus a paired value b, x alone in b's lane with a
+    // zero beside it, leaves b's partner w (negated for a minus) in the other
+    // lane: the sum takes w along into its own vector. Where w only leaves
+    // the kernel (as it is, negated or rounded), the sum and w are stored
+    // from one vector, as an output row (x0 + c_k, s_k) of direct sums is.
+    bool onlyLeaves(NodeId w) const {
+        if (users_[w].empty()) return output_[w];
+        for (NodeId y : users_[w])
+            if ((node(y).op != Op::Neg && node(y).op != Op::Narrow) || !onlyLeaves(y)) return false;
+        return true;
+    }
+
+    // The input and the paired operand of a carrier candidate, or {-1, -1}.
+    std::pair<NodeId, NodeId> carriedOperands(NodeId u) const {
+        const Node& n = node(u);
+        const Op op = effectiveOp(u);
+        if (op != Op::Add && op != Op::Sub) return {-1, -1};
+        NodeId x = n.a, b = n.b;
+        if (op == Op::Add && !isInput(x)) std::swap(x, b);
+        if (!isInput(x) || isInput(b) || !paired(b) || !onlyLeaves(partner_[b])) return {-1, -1};
+        return {x, b};
+    }
+
+    void chooseCarriers() {
+        for (NodeId u = 0; u < static_cast<NodeId>(s_.nodes().size()); ++u) {
+            if (!live_[u] || paired(u)) continue;
+            const Node& n = node(u);
+            if (n.op == Op::Narrow) carrier_[u] = carrier_[n.a];
+            else carrier_[u] = carriedOperands(u).first >= 0;
+        }
+    }
+
+    // The vector of carrier u, recording where its carried value sits.
+    Place carry(NodeId u) {
+        const Node& n = node(u);
+        if (n.op == Op::Narrow) {
+            const Place at = ensure(n.a);
+            const NodeId q = out_.narrow(at.value);
+            const auto it = carriedBy_.find(n.a);
+            if (it != carriedBy_.end())
+                for (NodeId y : users_[it->second])
+                    if (node(y).op == Op::Narrow) {
+                        carried_[y] = {q, 1 - at.lane, carried_.at(it->second).negated};
+                        carriedBy_[u] = y;
+                    }
+            return {q, at.lane};
+        }
+        const auto [x, b] = carriedOperands(u);
+        const Place at = ensure(b);
+        std::vector<int> e{-1, -1};
+        e[at.lane] = element(x);
+        const NodeId alone = out_.inputLanes(e);
+        std::unique_ptr<Dag::WideScope> wide(n.wide ? new Dag::WideScope(out_) : nullptr);
+        const bool minus = effectiveOp(u) == Op::Sub;
+        const NodeId v = minus ? out_.sub(alone, at.value) : out_.add(alone, at.value);
+        carried_[partner_[b]] = {v, 1 - at.lane, minus};
+        carriedBy_[u] = partner_[b];
+        return {v, at.lane};
+    }
+
     void choosePartnersFlexibly() {
         initRanges();
-        if (depth_ == Depth::Instances) pairInstances();
+        if (depth_ == Depth::Instances) pairInstances(), chooseCarriers();
         std::vector<NodeId> order;
         for (NodeId id = 0; id < static_cast<NodeId>(s_.nodes().size()); ++id) {
             const Op op = node(id).op;
@@ -222,12 +299,12 @@ private:
         std::stable_sort(order.begin(), order.end(), [&](NodeId a, NodeId b) { return level_[a] < level_[b]; });
         for (std::size_t i = 0; i < order.size(); ++i) {
             const NodeId u = order[i];
-            if (paired(u)) continue;
+            if (paired(u) || carrier_[u]) continue;
             NodeId best = -1;
             int bestScore = -1;
             for (std::size_t j = i + 1, seen = 0; j < order.size() && seen < kSearchWindow; ++j) {
                 const NodeId v = order[j];
-                if (paired(v) || effectiveOp(u) != effectiveOp(v) || node(u).wide != node(v).wide) continue;
+                if (paired(v) || carrier_[v] || effectiveOp(u) != effectiveOp(v) || node(u).wide != node(v).wide) continue;
                 if (std::max(earliest_[u], earliest_[v]) > std::min(latest_[u], latest_[v])) continue;
                 if (dependsOn(u, v) || dependsOn(v, u)) continue;
                 ++seen;
@@ -246,6 +323,7 @@ private:
 
     void choosePartners() {
         lane0_.assign(s_.nodes().size(), 0);
+        carrier_.assign(s_.nodes().size(), 0);
         if (depth_ == Depth::Flexible || depth_ == Depth::Instances) return choosePartnersFlexibly();
         std::map<int, std::vector<NodeId>> byLevel;
         for (NodeId id = 0; id < static_cast<NodeId>(s_.nodes().size()); ++id) {
@@ -357,10 +435,17 @@ private:
         }
     }
 
-    struct Place {
-        NodeId value = -1;
-        int lane = 0;
-    };
+
+    // Where output value x is taken from: a carried copy of it (or of the
+    // value it negates) where there is one.
+    Carried outputSource(NodeId x) {
+        if (isInput(x) || node(x).op == Op::Zero) return {alone(x), 0, false};
+        const bool negation = node(x).op == Op::Neg;
+        const auto it = carried_.find(negation ? node(x).a : x);
+        if (it != carried_.end()) return {it->second.value, it->second.lane, it->second.negated != negation};
+        const Place at = ensure(x);
+        return {at.value, at.lane, false};
+    }
 
     // Operand p's value with p in lane 0 and anything in lane 1.
     NodeId alone(NodeId p) {
@@ -423,6 +508,7 @@ private:
     // scalar creation order as closely as the pairs allow.
     Place ensure(NodeId id) {
         if (place_[id].value >= 0) return place_[id];
+        if (carrier_[id]) return place_[id] = carry(id);
         const NodeId other = partner_[id];
         if (other < 0) return place_[id] = {vectorOp(id, -1), 0};
         const NodeId first = lane0_[id] ? id : other, second = lane0_[id] ? other : id;
@@ -438,20 +524,25 @@ private:
             const Op op = node(id).op;
             if (live_[id] && op != Op::Input && op != Op::Zero) ensure(id);
         }
-        // Outputs: the lanes of one vector go out together.
-        std::map<NodeId, std::vector<int>> lanes;
+        // Outputs: the lanes of one vector go out together (a lane's sign
+        // flipped on the way where a carried value leaves negated).
+        struct Lanes {
+            std::vector<int> elements{-1, -1};
+            std::vector<Real> signs{1, 1};
+        };
+        std::map<NodeId, Lanes> lanes;
         std::vector<NodeId> order;
         for (const Output& o : s_.outputs()) {
-            Place at = isInput(o.value) || node(o.value).op == Op::Zero ? Place{} : ensure(o.value);
-            if (isInput(o.value) || node(o.value).op == Op::Zero) at = {alone(o.value), 0};
+            const Carried at = outputSource(o.value);
             auto it = lanes.find(at.value);
             if (it == lanes.end()) {
-                it = lanes.emplace(at.value, std::vector<int>{-1, -1}).first;
+                it = lanes.emplace(at.value, Lanes{}).first;
                 order.push_back(at.value);
             }
-            it->second[at.lane] = o.elements[0];
+            it->second.elements[at.lane] = o.elements[0];
+            it->second.signs[at.lane] = at.negated ? -1 : 1;
         }
-        for (NodeId v : order) out_.outputLanes(lanes[v], v);
+        for (NodeId v : order) out_.outputLanes(lanes[v].elements, out_.scaleLanes(lanes[v].signs, v));
     }
 
     const Dag& s_;
@@ -459,6 +550,10 @@ private:
     Orientation orientation_;
     Dag out_;
     std::vector<char> live_, lane0_;
+    std::vector<char> output_;
+    std::vector<char> carrier_;                // computed alone, carrying a value in its other lane
+    std::map<NodeId, Carried> carried_;        // a value's copy in a carrier's vector
+    std::map<NodeId, NodeId> carriedBy_;       // carrier -> the value it carries
     std::vector<char> flip_;   // a Scale taken with its constant negated
     std::vector<char> asAdd_;  // a Sub taken as the addition of its flipped product
     std::vector<int> level_;

@@ -153,6 +153,23 @@ TEST(RealBuilderPairing, DirectRowsShareOnePairOperandPerProduct) {
         }
 }
 
+// x0 joins each direct row's cosine sum with a zero beside it, so the row's
+// sine sum rides along: R_k and I_k leave the kernel from one vector, and
+// the paired DAG still computes the spectrum.
+TEST(RealBuilderPairing, DirectRowsLeaveAsOneVectorPerRow) {
+    for (int n : {7, 13, 23, 47})
+        for (bool single : {false, true}) {
+            Dag dag(ValueKind::Real, 1, Signs::Separate);
+            buildInto(dag, n, RealDftOptions{single, single});
+            const Dag paired = pairLanes(dag, Depth::Instances);
+            int rows = 0;
+            for (const Output& o : paired.outputs())
+                rows += o.elements[0] >= 2 && o.elements[0] % 2 == 0 && o.elements[1] == o.elements[0] + 1;
+            EXPECT_EQ(rows, (n - 1) / 2) << "n " << n << (single ? " single" : " double");
+            EXPECT_LT(errorAgainstNaive(paired, n, 5u), 1e-12) << "n " << n;
+        }
+}
+
 std::vector<int> allLengths() {
     std::vector<int> v;
     for (int n = 2; n <= 64; ++n) v.push_back(n);
