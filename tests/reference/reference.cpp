@@ -28,12 +28,24 @@ Real scaleFactor(int flag, long n, Direction dir) {
 Real cosTurn(long j, long n) { return std::cos(2 * kPi * mod(j, n) / n); }
 Real sinTurn(long j, long n) { return std::sin(2 * kPi * mod(j, n) / n); }
 
+namespace {
+// cos and sin of the n turns j/n, each computed once: the sums below take
+// (t k mod n) from these instead of two long-double calls per term.
+struct Turns {
+    std::vector<Real> cos, sin;
+    explicit Turns(long n) : cos(n), sin(n) {
+        for (long j = 0; j < n; ++j) cos[j] = cosTurn(j, n), sin[j] = sinTurn(j, n);
+    }
+};
+}  // namespace
+
 std::vector<Complex> dft(const std::vector<Complex>& x, int sign) {
     const long n = static_cast<long>(x.size());
+    const Turns w(n);
     std::vector<Complex> out(n);
     for (long k = 0; k < n; ++k) {
         Complex acc = 0;
-        for (long t = 0; t < n; ++t) acc += x[t] * Complex(cosTurn(t * k, n), sign * sinTurn(t * k, n));
+        for (long t = 0; t < n; ++t) acc += x[t] * Complex(w.cos[t * k % n], sign * w.sin[t * k % n]);
         out[k] = acc;
     }
     return out;
@@ -66,10 +78,11 @@ std::vector<Real> realDftUnpack(const std::vector<Real>& p, long n, Layout layou
     auto at = [&](long k) { return layout == Layout::CCS ? 2 * k : (layout == Layout::Perm && even ? 2 * k : 2 * k - 1); };
     Real nyquist = 0;
     if (even) nyquist = layout == Layout::CCS ? p[n] : (layout == Layout::Perm ? p[1] : p[n - 1]);
+    const Turns w(n);
     std::vector<Real> x(n);
     for (long t = 0; t < n; ++t) {
         Real acc = p[0];
-        for (long k = 1; k <= m; ++k) acc += 2 * (p[at(k)] * cosTurn(k * t, n) - p[at(k) + 1] * sinTurn(k * t, n));
+        for (long k = 1; k <= m; ++k) acc += 2 * (p[at(k)] * w.cos[k * t % n] - p[at(k) + 1] * w.sin[k * t % n]);
         if (even) acc += (t % 2 ? -nyquist : nyquist);
         x[t] = acc;
     }
@@ -78,10 +91,11 @@ std::vector<Real> realDftUnpack(const std::vector<Real>& p, long n, Layout layou
 
 std::vector<Real> hartley(const std::vector<Real>& x) {
     const long n = static_cast<long>(x.size());
+    const Turns w(n);
     std::vector<Real> out(n);
     for (long k = 0; k < n; ++k) {
         Real acc = 0;
-        for (long t = 0; t < n; ++t) acc += x[t] * (cosTurn(t * k, n) + sinTurn(t * k, n));
+        for (long t = 0; t < n; ++t) acc += x[t] * (w.cos[t * k % n] + w.sin[t * k % n]);
         out[k] = acc;
     }
     return out;
