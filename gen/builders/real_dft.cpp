@@ -74,7 +74,7 @@ private:
     NodeId zero() { return dag_.zero(); }
     const RealRow& rowOf(int n) const {
         if (n_ && n == n_) return row_;
-        return options_.forTransposition ? transposedRealRow(n) : realRow(n);
+        return blockRow(n, options_.forTransposition);
     }
 
     // c * x with a trigonometric constant; in double and rounded once for

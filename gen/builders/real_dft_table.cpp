@@ -12,12 +12,15 @@ constexpr RealMethod C = RealMethod::Convolution;
 constexpr RealMethod CT = RealMethod::CooleyTukey;
 constexpr RealMethod PF = RealMethod::PrimeFactor;
 
-// The primes 31 and 61 are fast convolutions; the other primes are direct:
-// there the convolution's extra shuffles cost more time than its fewer
-// multiplications save (measured), and the direct sums are more accurate.
-// 31 stays a convolution for 62, whose two 31-point columns share vectors
-// and then gain from the fewer multiplications (the direct 31 measured 14-41%
-// faster on its own, but 62 25% slower with it).
+// The primes are direct sums: there the fast convolution's extra shuffles
+// cost more time than its fewer multiplications save (measured; 31 direct
+// 18-48% faster than its convolution, 61 5-18% faster in single precision
+// and 4-9% slower in double), and the direct sums are more accurate (the
+// convolutions of 31 and 61 had 10-16% more error than FFTW's in double
+// precision). Only as the columns of 62 is 31 a convolution (blockRow):
+// the two columns share vectors and then gain from the fewer
+// multiplications (62 in double precision 14-27% faster than with direct
+// columns).
 // The columns (first stage, real data) mostly take the larger factor and the
 // rows (second stage, complex data but for row 0 and the Nyquist row) the
 // smaller one, so that only small complex transforms are needed. Where the
@@ -33,12 +36,12 @@ const RealRow kRows[] = {
     {8, CT, 2, 4},    {9, CT, 3, 3},    {10, PF, 5, 2},   {11, D, 0, 0},    {12, PF, 4, 3},   {13, D, 0, 0},
     {14, PF, 7, 2},   {15, PF, 5, 3},   {16, CT, 4, 4},   {17, D, 0, 0},    {18, PF, 9, 2},   {19, D, 0, 0},
     {20, PF, 5, 4},   {21, PF, 7, 3},   {22, PF, 11, 2},  {23, D, 0, 0},    {24, PF, 8, 3},   {25, CT, 5, 5},
-    {26, PF, 13, 2},  {27, CT, 9, 3},   {28, PF, 7, 4},   {29, D, 0, 0},    {30, PF, 5, 6},  {31, C, 0, 0},
+    {26, PF, 13, 2},  {27, CT, 9, 3},   {28, PF, 7, 4},   {29, D, 0, 0},    {30, PF, 5, 6},  {31, D, 0, 0},
     {32, CT, 8, 4},   {33, PF, 11, 3},  {34, PF, 17, 2},  {35, PF, 5, 7},   {36, PF, 9, 4},   {37, D, 0, 0},
     {38, PF, 19, 2},  {39, PF, 13, 3},  {40, PF, 5, 8},   {41, D, 0, 0},    {42, PF, 7, 6},  {43, D, 0, 0},
     {44, PF, 11, 4},  {45, PF, 9, 5},   {46, PF, 23, 2},  {47, D, 0, 0},    {48, PF, 16, 3},  {49, CT, 7, 7},
     {50, PF, 25, 2},  {51, PF, 17, 3},  {52, PF, 13, 4},  {53, D, 0, 0},    {54, PF, 27, 2},  {55, PF, 11, 5},
-    {56, PF, 7, 8},   {57, PF, 19, 3},  {58, PF, 29, 2},  {59, D, 0, 0},    {60, PF, 15, 4},  {61, C, 0, 0},
+    {56, PF, 7, 8},   {57, PF, 19, 3},  {58, PF, 29, 2},  {59, D, 0, 0},    {60, PF, 15, 4},  {61, D, 0, 0},
     {62, PF, 31, 2},  {63, PF, 9, 7},   {64, CT, 16, 4},
 };
 
@@ -54,6 +57,12 @@ const RealRow& realRow(int n) {
 const RealRow& transposedRealRow(int n) {
     static const RealRow kEightTransposed{8, CT, 4, 2};
     return n == 8 ? kEightTransposed : realRow(n);
+}
+
+const RealRow& blockRow(int n, bool forTransposition) {
+    static const RealRow kThirtyOneBlock{31, C, 0, 0};
+    if (n == 31) return kThirtyOneBlock;
+    return forTransposition ? transposedRealRow(n) : realRow(n);
 }
 
 bool factorsMaySwap(const RealRow& row) { return row.method == RealMethod::PrimeFactor && row.n > 12; }

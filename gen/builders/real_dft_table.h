@@ -33,6 +33,10 @@ const RealRow& realRow(int n);
 // sum and difference instead. Both take two multiplications.
 const RealRow& transposedRealRow(int n);
 
+// The row of n as a block (a column or row transform) of a larger length:
+// its own row (or its transposedRealRow), but for 31, a convolution there.
+const RealRow& blockRow(int n, bool forTransposition);
+
 // Whether a length's two factors may also be taken the other way round
 // (columns of n2, rows of n1): the prime-factor lengths above 12, whose
 // factor order is free (the shorter ones are written out operation by

@@ -101,8 +101,14 @@ TEST_P(RealBuilder, CountsOfTheTwoStageLengthsAddUp) {
     };
     const RealRow& row = realRow(n);
     if (row.method == RealMethod::Direct) EXPECT_EQ(muls(n), 2L * ((n - 1) / 2) * ((n - 1) / 2));
-    if (row.method == RealMethod::PrimeFactor) EXPECT_EQ(muls(n), row.n2 * muls(row.n1) + row.n1 * muls(row.n2));
-    if (row.method == RealMethod::Convolution) EXPECT_LT(muls(n), 2L * ((n - 1) / 2) * ((n - 1) / 2));
+    if (row.method != RealMethod::PrimeFactor) return;
+    const long wholeColumns = row.n2 * muls(row.n1) + row.n1 * muls(row.n2);
+    // A column that is a fast convolution as a block (31 in 62) takes fewer
+    // multiplications than the same length built on its own (direct).
+    if (blockRow(row.n1, false).method == RealMethod::Convolution)
+        EXPECT_LT(muls(n), wholeColumns);
+    else
+        EXPECT_EQ(muls(n), wholeColumns);
 }
 
 TEST_P(RealBuilder, LanePairingComputesTheSameOutputs) {
