@@ -42,6 +42,7 @@ public:
         if (o_.schedule == Schedule::CreationNearUse) order = productsNearUse(order);
         markUsedLanes(order);
         markSignsAtStores(order);
+        if (o_.mode == EmitMode::RealPairs) markProductRuns(order);
         if (o_.mode == EmitMode::RealPairs && !f64()) startFloatLanes();
 
         std::map<NodeId, std::vector<int>> outputsOf;
@@ -190,6 +191,47 @@ private:
     Lane storedLane(NodeId x, int l) const {
         if (!signAtStore_[x]) return {var(x), l};
         return {var(dag_.node(x).a), l, laneSigns(x)[l]};
+    }
+
+    // RealPairs: an operand that runs of products take far apart from each
+    // other (the pair sums of blocked direct sums: one run per block of
+    // rows) gets a fresh copy for each run, behind an empty asm statement.
+    // The compiler then keeps the copy in a register for its run instead of
+    // reloading the spilled operand for every product (forward real DFT at
+    // 47..61: 8-28% faster in single precision, 59 and 61 8-11% in double;
+    // a few kernels lose up to 8%). Runs of fewer products than a block of
+    // direct sums measured no gain.
+    static constexpr int kRunGap = 24;      // emitted nodes between two runs of one operand
+    static constexpr int kRunProducts = 8;  // products in a run worth a copy (a block of rows)
+    void markProductRuns(const std::vector<NodeId>& order) {
+        std::map<NodeId, std::vector<std::pair<int, NodeId>>> uses;  // operand -> (position, product)
+        for (int i = 0; i < static_cast<int>(order.size()); ++i) {
+            const Node& n = dag_.node(order[i]);
+            if (n.op == Op::Scale && !signAtStore_[order[i]]) uses[n.a].push_back({i, order[i]});
+        }
+        for (const auto& [operand, list] : uses) {
+            std::vector<std::vector<NodeId>> runs{{}};
+            for (std::size_t u = 0; u < list.size(); ++u) {
+                if (u > 0 && list[u].first - list[u - 1].first > kRunGap) runs.push_back({});
+                runs.back().push_back(list[u].second);
+            }
+            if (runs.size() < 2) continue;
+            for (std::size_t r = 0; r < runs.size(); ++r) {
+                if (static_cast<int>(runs[r].size()) < kRunProducts) continue;
+                const std::string name = "r" + std::to_string(operand) + "_" + std::to_string(r);
+                runStart_[runs[r].front()] = name;
+                for (NodeId product : runs[r]) runCopy_[product] = name;
+            }
+        }
+    }
+    // The operand of product id: its run's copy, made at the run's first product.
+    std::string productOperand(NodeId id, bool wide) {
+        const std::string operand = pairOperand(dag_.node(id).a, wide);
+        const auto copy = runCopy_.find(id);
+        if (copy == runCopy_.end()) return operand;
+        if (runStart_.count(id))
+            line(pairType(wide) + " " + copy->second + " = " + operand + "; __asm__(\"\" : \"+x\"(" + copy->second + "));");
+        return copy->second;
     }
 
     // Which lanes of each value some output needs (bit l = lane l).
@@ -469,9 +511,9 @@ private:
                 const Real c0 = k[0].real(), c1 = k[1].real();
                 ++counts_.arithmetic;
                 if (std::fabs(c0) == 1 && std::fabs(c1) == 1)
-                    expr = pairCall("xor", wide, pairOperand(n.a, wide), pairConstant(c0 < 0 ? -0.0L : 0.0L, c1 < 0 ? -0.0L : 0.0L, wide));
+                    expr = pairCall("xor", wide, productOperand(id, wide), pairConstant(c0 < 0 ? -0.0L : 0.0L, c1 < 0 ? -0.0L : 0.0L, wide));
                 else
-                    expr = pairCall("mul", wide, pairOperand(n.a, wide), pairConstant(c0, c1, wide));
+                    expr = pairCall("mul", wide, productOperand(id, wide), pairConstant(c0, c1, wide));
                 break;
             }
             case Op::Narrow: ++counts_.arithmetic, expr = "_mm_cvtpd_ps(" + var(n.a) + ")"; break;
@@ -585,7 +627,9 @@ private:
     std::set<NodeId> widened_;
     std::unique_ptr<FloatLanes> floatLanes_;
     std::vector<char> signAtStore_;        // see markSignsAtStores
-    std::set<std::string> signedScales_;  // single-precision RealPairs memory and lane moves
+    std::set<std::string> signedScales_;
+    std::map<NodeId, std::string> runCopy_;   // product -> the copy of its operand it takes (markProductRuns)
+    std::map<NodeId, std::string> runStart_;  // the first product of each run -> that copy  // single-precision RealPairs memory and lane moves
 };
 
 }  // namespace
