@@ -74,7 +74,7 @@ private:
     NodeId zero() { return dag_.zero(); }
     const RealRow& rowOf(int n) const {
         if (n_ && n == n_) return row_;
-        return blockRow(n, options_.forTransposition);
+        return rowFor(n, {options_.wideProducts, options_.forTransposition, true});
     }
 
     // c * x with a trigonometric constant; in double and rounded once for
@@ -404,7 +404,7 @@ private:
 }  // namespace
 
 RealRow realRowBuilt(int n, const RealDftOptions& options) {
-    const RealRow& row = options.forTransposition ? transposedRealRow(n) : realRow(n);
+    const RealRow& row = rowFor(n, {options.wideProducts, options.forTransposition, false});
     return options.swapFactors && factorsMaySwap(row) ? swappedFactors(row) : row;
 }
 

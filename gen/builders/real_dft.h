@@ -23,7 +23,7 @@ struct RealDftOptions {
     // rounded once.
     bool wideSums = false;
     // The DAG is built to be transposed: every length takes its
-    // transposedRealRow (real_dft_table.h).
+    // row for transposition (RowUse::forTransposition, real_dft_table.h).
     bool forTransposition = false;
     // The length itself splits into its factors the other way round
     // (swappedFactors); the blocks inside keep their rows.

@@ -17,7 +17,7 @@ constexpr RealMethod PF = RealMethod::PrimeFactor;
 // 18-48% faster than its convolution, 61 5-18% faster in single precision
 // and 4-9% slower in double), and the direct sums are more accurate (the
 // convolutions of 31 and 61 had 10-16% more error than FFTW's in double
-// precision). Only as the columns of 62 is 31 a convolution (blockRow):
+// precision). Only as the columns of 62 is 31 a convolution (RowUse::block):
 // the two columns share vectors and then gain from the fewer
 // multiplications (62 in double precision 14-27% faster than with direct
 // columns).
@@ -54,15 +54,12 @@ const RealRow& realRow(int n) {
     return row;
 }
 
-const RealRow& transposedRealRow(int n) {
-    static const RealRow kEightTransposed{8, CT, 4, 2};
-    return n == 8 ? kEightTransposed : realRow(n);
-}
-
-const RealRow& blockRow(int n, bool forTransposition) {
-    static const RealRow kThirtyOneBlock{31, C, 0, 0};
-    if (n == 31) return kThirtyOneBlock;
-    return forTransposition ? transposedRealRow(n) : realRow(n);
+const RealRow& rowFor(int n, const RowUse& use) {
+    static const RealRow kEightTransposed{8, CT, 4, 2}, kNineSingle{9, D, 0, 0}, kThirtyOneBlock{31, C, 0, 0};
+    if (use.forTransposition && n == 8) return kEightTransposed;
+    if (use.singlePrecision && n == 9) return kNineSingle;
+    if (use.block && n == 31) return kThirtyOneBlock;
+    return realRow(n);
 }
 
 bool factorsMaySwap(const RealRow& row) { return row.method == RealMethod::PrimeFactor && row.n > 12; }

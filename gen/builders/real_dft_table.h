@@ -26,16 +26,26 @@ struct RealRow {
 // Rows for n = 2..64.
 const RealRow& realRow(int n);
 
-// The row of a DFT that is built to be transposed (the inverse real DFT):
-// realRow(n) but for 8, which splits 4 x 2 (decimation in time). Its
-// transpose multiplies (R_1 - R_3) and (I_1 + I_3) by cos(pi/4) before the
-// last butterflies; the transpose of the 2 x 4 split would multiply their
-// sum and difference instead. Both take two multiplications.
-const RealRow& transposedRealRow(int n);
+// How a builder takes a length.
+struct RowUse {
+    // Single-precision kernels: 9 is direct there. Its twiddled 3 x 3 steps
+    // each widen, multiply and round again (measured 24-33% slower than the
+    // direct sums, and the lengths with 9 as a block 3-33% slower); in
+    // double precision the 3 x 3 steps are 3-11% faster.
+    bool singlePrecision = false;
+    // A DFT built to be transposed (the inverse real DFT): 8 splits 4 x 2
+    // (decimation in time). Its transpose multiplies (R_1 - R_3) and
+    // (I_1 + I_3) by cos(pi/4) before the last butterflies; the transpose
+    // of the 2 x 4 split would multiply their sum and difference instead.
+    // Both take two multiplications.
+    bool forTransposition = false;
+    // A block (a column or row transform) of a larger length: 31 is a
+    // convolution there.
+    bool block = false;
+};
 
-// The row of n as a block (a column or row transform) of a larger length:
-// its own row (or its transposedRealRow), but for 31, a convolution there.
-const RealRow& blockRow(int n, bool forTransposition);
+// realRow(n), or the row that `use` changes it to.
+const RealRow& rowFor(int n, const RowUse& use);
 
 // Whether a length's two factors may also be taken the other way round
 // (columns of n2, rows of n1): the prime-factor lengths above 12, whose
