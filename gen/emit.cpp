@@ -625,11 +625,11 @@ private:
     OpCounts counts_;
     std::vector<int> usedLanes_;
     std::set<NodeId> widened_;
-    std::unique_ptr<FloatLanes> floatLanes_;
-    std::vector<char> signAtStore_;        // see markSignsAtStores
-    std::set<std::string> signedScales_;
+    std::unique_ptr<FloatLanes> floatLanes_;  // single-precision RealPairs memory and lane moves
+    std::vector<char> signAtStore_;           // see markSignsAtStores
+    std::set<std::string> signedScales_;      // the signed scale factors made so far
     std::map<NodeId, std::string> runCopy_;   // product -> the copy of its operand it takes (markProductRuns)
-    std::map<NodeId, std::string> runStart_;  // the first product of each run -> that copy  // single-precision RealPairs memory and lane moves
+    std::map<NodeId, std::string> runStart_;  // the first product of each run -> that copy
 };
 
 }  // namespace

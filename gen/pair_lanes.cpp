@@ -435,7 +435,6 @@ private:
         }
     }
 
-
     // Where output value x is taken from: a carried copy of it (or of the
     // value it negates) where there is one.
     Carried outputSource(NodeId x) {
