@@ -484,16 +484,20 @@ private:
     }
     void startFloatLanes() {
         std::set<int> in;
+        std::vector<std::pair<int, int>> pairs;
         std::map<int, Lane> out;
         for (const Node& n : dag_.nodes())
-            if (n.op == Op::Input)
-                for (int e : dag_.inputElements(n.arg))
-                    if (e >= 0) in.insert(e);
+            if (n.op == Op::Input) {
+                const std::vector<int>& e = dag_.inputElements(n.arg);
+                pairs.push_back({e[0], e[1]});
+                for (int x : e)
+                    if (x >= 0) in.insert(x);
+            }
         for (const Output& o : dag_.outputs())
             for (int l = 0; l < static_cast<int>(o.elements.size()); ++l)
                 if (o.elements[l] >= 0) out[o.elements[l]] = storedLane(o.value, l);
         floatLanes_ = std::make_unique<FloatLanes>([this](const std::string& s) { line(s); }, o_.load, o_.store, o_.scaleVar);
-        floatLanes_->setInputs(in);
+        floatLanes_->setInputs(in, pairs);
         floatLanes_->setOutputs(out);
     }
     void emitPairNode(NodeId id) {

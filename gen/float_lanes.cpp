@@ -65,8 +65,28 @@ FloatLanes::FloatLanes(std::function<void(const std::string&)> line, std::functi
                        std::function<std::string(int)> store, std::string scaleVar)
     : line_(std::move(line)), load_(std::move(load)), store_(std::move(store)), scaleVar_(std::move(scaleVar)) {}
 
-void FloatLanes::setInputs(const std::set<int>& elements) {
-    inSpans_ = coverWithSpans(elements);
+void FloatLanes::setInputs(const std::set<int>& elements, const std::vector<std::pair<int, int>>& pairs) {
+    // Per run, the spans from which the pairs come with the fewest shuffles
+    // and loads (a load counts two), as loadPair takes them: a pair is free
+    // in lanes 0 and 1 of one span and one shuffle elsewhere in it; across
+    // two spans it takes two scalar loads and a shuffle; an element alone
+    // is free at a span's start and a scalar load elsewhere. A pair counts
+    // in the span of its first element.
+    inSpans_ = coverWithSpans(elements, [&](const Span& s) {
+        auto in = [&](int e) { return e >= s.first && e < s.first + s.count; };
+        int cost = 2;
+        for (const auto& [e0, e1] : pairs) {
+            if (e0 < 0) {
+                if (in(e1)) cost += e1 - s.first <= 1 ? 1 : 3;
+            } else if (in(e0)) {
+                if (e1 < 0)
+                    cost += e0 == s.first ? 0 : 2;
+                else
+                    cost += !in(e1) ? 5 : e0 == s.first && e1 == e0 + 1 ? 0 : 1;
+            }
+        }
+        return cost;
+    });
     for (int i = 0; i < static_cast<int>(inSpans_.size()); ++i)
         for (int e = inSpans_[i].first; e < inSpans_[i].first + inSpans_[i].count; ++e) inSpansOf_[e].push_back(i);
 }

@@ -40,8 +40,9 @@ public:
     FloatLanes(std::function<void(const std::string&)> line, std::function<std::string(int)> load,
                std::function<std::string(int)> store, std::string scaleVar);
 
-    // Input side: the elements every load reads (set before the first load).
-    void setInputs(const std::set<int>& elements);
+    // Input side: the elements every load reads, and the pairs (e0, e1) the
+    // kernel will ask for (set before the first load).
+    void setInputs(const std::set<int>& elements, const std::vector<std::pair<int, int>>& pairs);
     // Expression of elements e0, e1 in lanes 0 and 1 (-1: that lane unused,
     // or zero where `zeroLane` asks for it).
     std::string loadPair(int e0, int e1, bool zeroLane);

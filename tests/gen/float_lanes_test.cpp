@@ -81,4 +81,26 @@ TEST(FloatSpans, CostChoosesWhereTheWideSpansOfARunStart) {
     }
 }
 
+// The loads of a packed spectrum whose (R_k, I_k) pairs start at odd
+// elements (the Pack layout) start their wide spans there too: no pair
+// straddles two loads, and every other pair is lanes 0 and 1 of its load
+// (spans from element 0 would put every pair in lanes 1 and 2, or across).
+TEST(FloatSpans, InputSpansStartWhereTheLoadedPairsDo) {
+    for (int n : {8, 12, 16}) {
+        std::set<int> elements;
+        std::vector<std::pair<int, int>> pairs{{0, -1}};
+        for (int e = 0; e < n; ++e) elements.insert(e);
+        for (int k = 1; 2 * k < n; ++k) pairs.push_back({2 * k - 1, 2 * k});
+        pairs.push_back({n - 1, -1});
+        std::vector<std::string> lines;
+        FloatLanes lanes([&](const std::string& l) { lines.push_back(l); }, [](int i) { return "p + " + std::to_string(i); },
+                         [](int i) { return "q + " + std::to_string(i); }, "sc");
+        lanes.setInputs(elements, pairs);
+        for (const auto& [e0, e1] : pairs) lanes.loadPair(e0, e1, false);
+        const long widePairs = n / 2 - 1;
+        EXPECT_LE(lanes.shuffles, widePairs / 2 + 1) << "n " << n;
+        EXPECT_LE(lanes.loads, n / 4 + 2) << "n " << n;
+    }
+}
+
 }  // namespace
