@@ -88,8 +88,8 @@ std::string realKernelFunction(const RealKernelText& k) {
     const std::string t = f32 ? "float" : "double", type = f32 ? "kfp32f" : "kfp64f";
     static const char* const directions[] = {"Forward", "Inverse", "SelfInverse"};
     const Real n = k.n;
-    const std::string keptOrder = k.body.counts.total() >= kKeptOrderFrom ? "__attribute__((optimize(\"no-tree-ter\"))) " : "";
-    std::string s = "extern \"C\" KFPG_API " + keptOrder + "KfpStatus " + k.name + "(const " + type + "* pSrc, " + type +
+    const std::string keptOrder = k.body.counts.total() >= kKeptOrderFrom ? "\"no-tree-ter\", " : "";
+    std::string s = "extern \"C\" KFPG_API __attribute__((optimize(" + keptOrder + "\"no-tree-slp-vectorize\"))) KfpStatus " + k.name + "(const " + type + "* pSrc, " + type +
                     "* pDst, int flag) {\n";
     s += "    if (!pSrc || !pDst) return StatusNullPointer;\n";
     s += "    static constexpr kfpg::FlagFactors<" + t + "> kFactors = kfpg::flagFactors<" + t + ">(kfpg::ScaleDirection::" +
