@@ -198,7 +198,7 @@ private:
     // rows) gets a fresh copy for each run, behind an empty asm statement.
     // The compiler then keeps the copy in a register for its run instead of
     // reloading the spilled operand for every product (forward real DFT at
-    // 47..61: 8-28% faster in single precision, 59 and 61 8-11% in double;
+    // 47..61: 12-28% faster in single precision, 59 and 61 8-11% in double;
     // a few kernels lose up to 8%). Runs of fewer products than a block of
     // direct sums measured no gain.
     static constexpr int kRunGap = 24;      // emitted nodes between two runs of one operand

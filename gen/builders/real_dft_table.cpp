@@ -14,13 +14,13 @@ constexpr RealMethod PF = RealMethod::PrimeFactor;
 
 // The primes are direct sums: there the fast convolution's extra shuffles
 // cost more time than its fewer multiplications save (measured; 31 direct
-// 18-48% faster than its convolution, 61 5-18% faster in single precision
-// and 4-9% slower in double), and the direct sums are more accurate (the
-// convolutions of 31 and 61 had 10-16% more error than FFTW's in double
-// precision). Only as the columns of 62 is 31 a convolution (RowUse::block):
-// the two columns share vectors and then gain from the fewer
-// multiplications (62 in double precision 14-27% faster than with direct
-// columns).
+// 13-53% faster than its convolution, but for the double-precision inverse,
+// alike; 61 up to 18% faster in single precision and 4-11% slower in
+// double), and the direct sums are more accurate (the convolutions of 31
+// and 61 had 9-16% more error than FFTW's in double precision). Only as the
+// columns of 62 is 31 a convolution (RowUse::block): the two columns share
+// vectors and then gain from the fewer multiplications (62 in double
+// precision 18-35% slower with direct columns).
 // The columns (first stage, real data) mostly take the larger factor and the
 // rows (second stage, complex data but for row 0 and the Nyquist row) the
 // smaller one, so that only small complex transforms are needed. Where the
