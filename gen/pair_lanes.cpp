@@ -397,19 +397,12 @@ private:
     // output elements.
     void orientPairs() {
         const std::size_t count = s_.nodes().size();
-        std::vector<std::vector<NodeId>> users(count);
         std::vector<int> outputElement(count, -1);
-        for (NodeId id = 0; id < static_cast<NodeId>(count); ++id) {
-            const Node& n = node(id);
-            if (!live_[id]) continue;
-            for (NodeId x : {n.a, n.b == n.a ? -1 : n.b})
-                if (x >= 0) users[x].push_back(id);
-        }
         for (const Output& o : s_.outputs()) outputElement[o.value] = o.elements[0];
         auto localCost = [&](NodeId u, NodeId v) {
             std::vector<NodeId> ops{std::min(u, v)};
             for (NodeId x : {u, v})
-                for (NodeId y : users[x]) ops.push_back(paired(y) ? std::min(y, partner_[y]) : y);
+                for (NodeId y : users_[x]) ops.push_back(paired(y) ? std::min(y, partner_[y]) : y);
             std::sort(ops.begin(), ops.end());
             ops.erase(std::unique(ops.begin(), ops.end()), ops.end());
             int cost = 0;
@@ -557,7 +550,7 @@ private:
     std::vector<char> asAdd_;  // a Sub taken as the addition of its flipped product
     std::vector<int> level_;
     std::vector<int> earliest_, latest_;
-    std::vector<std::vector<NodeId>> users_;
+    std::vector<std::vector<NodeId>> users_;  // the live nodes that use each node
     std::vector<std::vector<std::uint64_t>> below_;
     std::vector<NodeId> partner_;
     std::vector<Place> place_;

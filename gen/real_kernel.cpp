@@ -88,9 +88,9 @@ std::string realKernelFunction(const RealKernelText& k) {
     const std::string t = f32 ? "float" : "double", type = f32 ? "kfp32f" : "kfp64f";
     static const char* const directions[] = {"Forward", "Inverse", "SelfInverse"};
     const Real n = k.n;
-    const std::string keptOrder = k.body.counts.total() >= kKeptOrderFrom ? "\"no-tree-ter\", " : "";
-    std::string s = "extern \"C\" KFPG_API __attribute__((optimize(" + keptOrder + "\"no-tree-slp-vectorize\"))) KfpStatus " + k.name + "(const " + type + "* pSrc, " + type +
-                    "* pDst, int flag) {\n";
+    const std::string options = std::string(k.body.counts.total() >= kKeptOrderFrom ? "\"no-tree-ter\", " : "") + "\"no-tree-slp-vectorize\"";
+    std::string s = "extern \"C\" KFPG_API __attribute__((optimize(" + options + "))) KfpStatus " + k.name + "(const " + type +
+                    "* pSrc, " + type + "* pDst, int flag) {\n";
     s += "    if (!pSrc || !pDst) return StatusNullPointer;\n";
     s += "    static constexpr kfpg::FlagFactors<" + t + "> kFactors = kfpg::flagFactors<" + t + ">(kfpg::ScaleDirection::" +
          directions[static_cast<int>(k.direction)] + ", " + literal(1, k.precision) + ", " + literal(1 / n, k.precision) + ", " +

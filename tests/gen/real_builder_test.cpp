@@ -131,8 +131,10 @@ TEST_P(RealBuilder, LanePairingComputesTheSameOutputs) {
 
 // The direct sums put row k's cosine and sine sums in one vector: every
 // product of a pair sum s_j shares its vector with a product of the
-// difference d_j, so one (s_j, d_j) operand serves both lanes.
-TEST(RealBuilderPairing, DirectRowsShareOnePairOperandPerProduct) {
+// difference d_j, so one (s_j, d_j) operand serves both lanes. x0 joins each
+// row's cosine sum with a zero beside it, so the row's sine sum rides along
+// and (R_k, I_k) leave the kernel from one vector.
+TEST(RealBuilderPairing, DirectRowsShareOperandsAndLeaveAsOneVectorPerRow) {
     for (int n : {7, 13, 23, 47, 59})
         for (bool single : {false, true}) {
             Dag dag(ValueKind::Real, 1, Signs::Separate);
@@ -156,17 +158,6 @@ TEST(RealBuilderPairing, DirectRowsShareOnePairOperandPerProduct) {
                 EXPECT_EQ(pairIndex(dag.node(partner[id]).a), -pairIndex(dag.node(id).a)) << "n " << n;
             }
             EXPECT_EQ(products, (n - 1) / 2 * ((n - 1) / 2)) << "n " << n;
-        }
-}
-
-// x0 joins each direct row's cosine sum with a zero beside it, so the row's
-// sine sum rides along: R_k and I_k leave the kernel from one vector, and
-// the paired DAG still computes the spectrum.
-TEST(RealBuilderPairing, DirectRowsLeaveAsOneVectorPerRow) {
-    for (int n : {7, 13, 23, 47})
-        for (bool single : {false, true}) {
-            Dag dag(ValueKind::Real, 1, Signs::Separate);
-            buildInto(dag, n, RealDftOptions{single, single});
             const Dag paired = pairLanes(dag, Depth::Instances);
             int rows = 0;
             for (const Output& o : paired.outputs())
