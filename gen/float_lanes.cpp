@@ -67,11 +67,12 @@ FloatLanes::FloatLanes(std::function<void(const std::string&)> line, std::functi
 
 void FloatLanes::setInputs(const std::set<int>& elements, const std::vector<std::pair<int, int>>& pairs) {
     // Per run, the spans from which the pairs come with the fewest shuffles
-    // and loads (a load counts two), as loadPair takes them: a pair is free
-    // in lanes 0 and 1 of one span and one shuffle elsewhere in it; across
-    // two spans it takes two scalar loads and a shuffle; an element alone
-    // is free at a span's start and a scalar load elsewhere. A pair counts
-    // in the span of its first element.
+    // and loads (a load counts two), as loadPair takes them: two neighbours
+    // are free in lanes 0 and 1 of a span and one 8-byte load elsewhere;
+    // another pair is one shuffle within a span, and across two spans two
+    // scalar loads and a shuffle; an element alone is free at a span's start
+    // and a scalar load elsewhere. A pair counts in the span of its first
+    // element.
     inSpans_ = coverWithSpans(elements, [&](const Span& s) {
         auto in = [&](int e) { return e >= s.first && e < s.first + s.count; };
         int cost = 2;
@@ -82,7 +83,7 @@ void FloatLanes::setInputs(const std::set<int>& elements, const std::vector<std:
                 if (e1 < 0)
                     cost += e0 == s.first ? 0 : 2;
                 else
-                    cost += !in(e1) ? 5 : e0 == s.first && e1 == e0 + 1 ? 0 : 1;
+                    cost += e1 == e0 + 1 ? (e0 == s.first ? 0 : 2) : !in(e1) ? 5 : 1;
             }
         }
         return cost;
@@ -134,9 +135,10 @@ std::string FloatLanes::spanVar(int i) {
     return loaded_[i] = name;
 }
 
-// Elements from the loaded spans where that takes at most one shuffle, else
-// by scalar loads: the load ports are idle, while shuffles share their
-// execution ports with the arithmetic.
+// Elements from the loaded spans where that takes no shuffle; two neighbours
+// elsewhere by one 8-byte load; other pairs from the spans where that takes
+// one shuffle, else by scalar loads: the load ports are idle, while shuffles
+// share their execution ports with the arithmetic.
 std::string FloatLanes::loadPair(int e0, int e1, bool zeroLane) {
     if (e0 < 0 && e1 < 0) throw std::logic_error("a load reads no element");
     auto scalar = [&](int e) {
@@ -163,6 +165,10 @@ std::string FloatLanes::loadPair(int e0, int e1, bool zeroLane) {
             const int cost = a == b ? (la == 0 && lb == 1 ? 0 : 1) : selectCost(la, lb);
             if (cost < best) best = cost, s0 = a, s1 = b;
         }
+    if (best > 0 && e1 == e0 + 1) {  // neighbours: one 8-byte load instead of a shuffle
+        ++loads;
+        return "_mm_castsi128_ps(_mm_loadl_epi64((const __m128i*)(" + load_(e0) + ")))";
+    }
     if (best <= 1) return select(lane(s0, e0), lane(s1, e1));
     ++shuffles;
     return "_mm_unpacklo_ps(" + scalar(e0) + ", " + scalar(e1) + ")";
