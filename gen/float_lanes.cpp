@@ -180,6 +180,18 @@ std::string FloatLanes::select(const Lane& a, const Lane& b) {
         ++shuffles;
         return "_mm_shuffle_ps(" + a.var + ", " + a.var + ", " + std::to_string(a.lane | b.lane << 2) + ")";
     }
+    const bool named = a.var.find('(') == std::string::npos && b.var.find('(') == std::string::npos;
+    const bool interleaveMade = unpacked_.count({a.var, b.var}) || unpacked_.count({b.var, a.var});
+    if (named && a.lane <= 1 && b.lane <= 1 && (interleaveMade || a.lane != 0 || b.lane != 1)) {
+        // Through the interleave (x0, y0, x1, y1) of the two values, made
+        // once and shared: a 2 x 2 transposition takes two shuffles.
+        const auto [u, even] = interleaved(a.var, b.var);
+        const int pa = 2 * a.lane + (a.var != even), pb = 2 * b.lane + (b.var != even);
+        if (pa == 0 && pb == 1) return u;
+        ++shuffles;
+        if (pa == 2 && pb == 3) return "_mm_movehl_ps(" + u + ", " + u + ")";
+        return "_mm_shuffle_ps(" + u + ", " + u + ", " + std::to_string(pa | pb << 2) + ")";
+    }
     ++shuffles;
     if (a.lane == 0 && b.lane == 0) return "_mm_unpacklo_ps(" + a.var + ", " + b.var + ")";
     if (a.lane == 2 && b.lane == 2) return "_mm_unpackhi_ps(" + a.var + ", " + b.var + ")";
