@@ -104,4 +104,17 @@ TEST(FloatSpans, InputSpansStartWhereTheLoadedPairsDo) {
     }
 }
 
+// A 2 x 2 transposition of two values, (a0, b0) and (a1, b1), shares one
+// interleave: two shuffles, as in double precision, where (a1, b1) alone
+// takes two.
+TEST(FloatSpans, TranspositionOfTwoValuesTakesTwoShuffles) {
+    FloatLanes lanes([](const std::string&) {}, [](int i) { return "p + " + std::to_string(i); },
+                     [](int i) { return "q + " + std::to_string(i); }, "sc");
+    lanes.select({"a", 0}, {"b", 0});
+    lanes.select({"a", 1}, {"b", 1});
+    EXPECT_EQ(lanes.shuffles, 2);
+    lanes.select({"b", 1}, {"a", 1});
+    EXPECT_EQ(lanes.shuffles, 3);
+}
+
 }  // namespace
