@@ -42,6 +42,13 @@ inline std::string packPermNote(double ccsNs, double packNs, double permNs) {
     return note;
 }
 
+// A value for a note: three significant digits ("1.23e-16").
+inline std::string shortNumber(double v) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%.3g", v);
+    return text;
+}
+
 struct BenchRow {
     std::string label;        // e.g. "N=12 fwd"
     double oursNs = NAN;      // median ns per call

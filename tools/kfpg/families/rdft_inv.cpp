@@ -1,7 +1,8 @@
 // Inverse real DFT: self-check of all 378 kernels and the six generic
 // entries, and ns per call of every length, CCSToR next to FFTW's c2r
 // (patient, input preserved as ours is, new-array execute), with PackToR
-// and PermToR as ratios to CCSToR.
+// and PermToR as ratios to CCSToR, and the round-trip error (forward, then
+// inverse scaled by 1/N) of ours and of FFTW's r2c and c2r.
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -45,6 +46,7 @@ struct Traits<float> {
         static const Generic<float> entries[] = {kfpgDFTInv_CCSToR_32f, kfpgDFTInv_PackToR_32f, kfpgDFTInv_PermToR_32f};
         return entries[static_cast<int>(layout)];
     }
+    static constexpr Generic<float> forward = kfpgDFTFwd_RToCCS_32f;
     static constexpr double bound = 1e-6;
 };
 
@@ -58,6 +60,7 @@ struct Traits<double> {
         static const Generic<double> entries[] = {kfpgDFTInv_CCSToR_64f, kfpgDFTInv_PackToR_64f, kfpgDFTInv_PermToR_64f};
         return entries[static_cast<int>(layout)];
     }
+    static constexpr Generic<double> forward = kfpgDFTFwd_RToCCS_64f;
     static constexpr double bound = 5e-15;
 };
 
@@ -136,6 +139,10 @@ struct Fftw<float> : kfpg::tool::FftwCommon<float> {
         return fftwf_plan_dft_c2r_1d(n, reinterpret_cast<fftwf_complex*>(in), out, FFTW_PATIENT | FFTW_PRESERVE_INPUT);
     }
     static void execute(Plan p, float* in, float* out) { fftwf_execute_dft_c2r(p, reinterpret_cast<fftwf_complex*>(in), out); }
+    static Plan forwardPlan(int n, float* in, float* out) {
+        return fftwf_plan_dft_r2c_1d(n, in, reinterpret_cast<fftwf_complex*>(out), FFTW_PATIENT);
+    }
+    static void forward(Plan p, float* in, float* out) { fftwf_execute_dft_r2c(p, in, reinterpret_cast<fftwf_complex*>(out)); }
 };
 template <>
 struct Fftw<double> : kfpg::tool::FftwCommon<double> {
@@ -143,9 +150,53 @@ struct Fftw<double> : kfpg::tool::FftwCommon<double> {
         return fftw_plan_dft_c2r_1d(n, reinterpret_cast<fftw_complex*>(in), out, FFTW_PATIENT | FFTW_PRESERVE_INPUT);
     }
     static void execute(Plan p, double* in, double* out) { fftw_execute_dft_c2r(p, reinterpret_cast<fftw_complex*>(in), out); }
+    static Plan forwardPlan(int n, double* in, double* out) {
+        return fftw_plan_dft_r2c_1d(n, in, reinterpret_cast<fftw_complex*>(out), FFTW_PATIENT);
+    }
+    static void forward(Plan p, double* in, double* out) { fftw_execute_dft_r2c(p, in, reinterpret_cast<fftw_complex*>(out)); }
 };
 
 #endif
+
+// The round-trip error (n random reals, forward unscaled, inverse scaled
+// by 1/N) of ours and, next to it, of FFTW's r2c and c2r.
+template <class T>
+std::string roundTripNote(int n) {
+    auto signal = [&](unsigned input) {
+        const auto r = kfpg::ref::randomReals(static_cast<std::size_t>(n), 5u + n + 1000u * input);
+        return std::vector<T>(r.begin(), r.end());
+    };
+    auto error = [](const T* got, const std::vector<T>& x) {
+        return kfpg::ref::relativeL2(got, std::vector<kfpg::ref::Real>(x.begin(), x.end()));
+    };
+    std::string note = "round trip " + kfpg::tool::shortNumber(kfpg::tool::rmsOverInputs([&](unsigned input) {
+        const auto x = signal(input);
+        std::vector<T> spectrum(n + 2), y(n);
+        Traits<T>::forward(x.data(), spectrum.data(), n, ScaleNone);
+        Traits<T>::generic(Layout::CCS)(spectrum.data(), y.data(), n, ScaleInvByN);
+        return error(y.data(), x);
+    }));
+#ifdef KFPG_HAVE_FFTW
+    using F = Fftw<T>;
+    T* real = static_cast<T*>(F::alloc(n * sizeof(T)));
+    T* spectrum = static_cast<T*>(F::alloc((n + 2) * sizeof(T)));
+    auto forward = F::forwardPlan(n, real, spectrum), inverse = F::plan(n, spectrum, real);
+    const T scale = T(1) / T(n);  // one multiplication per output, as ours
+    note += ", FFTW " + kfpg::tool::shortNumber(kfpg::tool::rmsOverInputs([&](unsigned input) {
+        const auto x = signal(input);
+        std::memcpy(real, x.data(), n * sizeof(T));
+        F::forward(forward, real, spectrum);
+        F::execute(inverse, spectrum, real);
+        for (int i = 0; i < n; ++i) real[i] *= scale;
+        return error(real, x);
+    }));
+    F::destroy(forward);
+    F::destroy(inverse);
+    F::release(real);
+    F::release(spectrum);
+#endif
+    return note;
+}
 
 template <class T>
 std::vector<BenchRow> bench() {
@@ -197,6 +248,7 @@ std::vector<BenchRow> bench() {
         F::release(peerIn);
         F::release(peerOut);
 #endif
+        row.note += "; " + roundTripNote<T>(n);
         rows.push_back(row);
     }
     return rows;
