@@ -1,5 +1,7 @@
 #include "timing.h"
 
+#include <alloca.h>
+
 #include <algorithm>
 #include <chrono>
 
@@ -20,6 +22,21 @@ long calibrate(const Body& body, double batchSeconds) {
     return calls;
 }
 
+// Rounds run at this many stack depths in turn, this far apart. A kernel that
+// spills can run twice as slow when its stack slots fall on the same
+// addresses modulo 4 KiB as its arrays (a load then waits on an unrelated
+// store); which depth does so moves with the caller and even with the size
+// of the environment. The median over the depths is the typical placement.
+constexpr int kStackDepths = 4;
+constexpr std::size_t kStackStep = 1040;
+
+// Seconds for a batch of calls made `bytes` deeper on the stack.
+[[gnu::noinline]] double secondsAtDepth(const Body& body, long calls, std::size_t bytes) {
+    char* pad = static_cast<char*>(alloca(bytes + 1));
+    asm volatile("" : : "r"(pad) : "memory");
+    return secondsFor(body, calls);
+}
+
 // Nanoseconds per call of every body in every round.
 std::vector<std::vector<double>> interleavedSamples(const std::vector<Body>& bodies, int rounds, double batchSeconds,
                                                     bool warmEachRound) {
@@ -32,7 +49,8 @@ std::vector<std::vector<double>> interleavedSamples(const std::vector<Body>& bod
     for (int r = 0; r < rounds; ++r)
         for (std::size_t i = 0; i < bodies.size(); ++i) {
             if (warmEachRound) bodies[i](1);
-            samples[i].push_back(secondsFor(bodies[i], calls[i]) * 1e9 / static_cast<double>(calls[i]));
+            const std::size_t depth = static_cast<std::size_t>(r % kStackDepths) * kStackStep;
+            samples[i].push_back(secondsAtDepth(bodies[i], calls[i], depth) * 1e9 / static_cast<double>(calls[i]));
         }
     return samples;
 }
