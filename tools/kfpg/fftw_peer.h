@@ -32,6 +32,25 @@ struct FftwCommon<double> {
     static void destroy(Plan p) { fftw_destroy_plan(p); }
     static char* text(Plan p) { return fftw_sprint_plan(p); }
 };
+
+// FFTW's patient real-to-complex plan per precision (the forward real DFT's
+// peer, and the first half of the inverse's round trip).
+template <class Real>
+struct FftwR2c;
+template <>
+struct FftwR2c<float> : FftwCommon<float> {
+    static Plan plan(int n, float* in, float* out) {
+        return fftwf_plan_dft_r2c_1d(n, in, reinterpret_cast<fftwf_complex*>(out), FFTW_PATIENT);
+    }
+    static void execute(Plan p, float* in, float* out) { fftwf_execute_dft_r2c(p, in, reinterpret_cast<fftwf_complex*>(out)); }
+};
+template <>
+struct FftwR2c<double> : FftwCommon<double> {
+    static Plan plan(int n, double* in, double* out) {
+        return fftw_plan_dft_r2c_1d(n, in, reinterpret_cast<fftw_complex*>(out), FFTW_PATIENT);
+    }
+    static void execute(Plan p, double* in, double* out) { fftw_execute_dft_r2c(p, in, reinterpret_cast<fftw_complex*>(out)); }
+};
 #endif
 
 // The widest vector code in a plan, read from the codelet names in its

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "reference.h"
 #include "timing.h"
 
 namespace kfpg::tool {
@@ -40,6 +41,13 @@ inline std::string packPermNote(double ccsNs, double packNs, double permNs) {
     char note[64];
     std::snprintf(note, sizeof note, "Pack %.2f Perm %.2f (x CCS)", packNs / ccsNs, permNs / ccsNs);
     return note;
+}
+
+// n random reals (from the reference's generator) in precision T.
+template <class T>
+std::vector<T> randomSignal(int n, unsigned seed) {
+    const auto r = kfpg::ref::randomReals(static_cast<std::size_t>(n), seed);
+    return std::vector<T>(r.begin(), r.end());
 }
 
 // A value for a note: three significant digits ("1.23e-16").

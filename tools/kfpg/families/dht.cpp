@@ -54,12 +54,6 @@ struct Traits<double> {
 };
 
 template <class T>
-std::vector<T> randomInput(int n, unsigned seed) {
-    const auto r = kfpg::ref::randomReals(static_cast<std::size_t>(n), seed);
-    return std::vector<T>(r.begin(), r.end());
-}
-
-template <class T>
 double errorOf(const T* got, const T* x, int n, kfpg::ref::Real scale) {
     auto h = kfpg::ref::hartley(std::vector<kfpg::ref::Real>(x, x + n));
     for (auto& v : h) v *= scale;
@@ -76,7 +70,7 @@ CheckSummary check() {
         ++s.kernels;
         for (int flag : {ScaleFwdByN, ScaleInvByN, ScaleBySqrtN, ScaleNone})
             for (unsigned seed = 1; seed <= 3; ++seed) {
-                const auto x = randomInput<T>(n, seed * 89u + n);
+                const auto x = kfpg::tool::randomSignal<T>(n, seed * 89u + n);
                 std::vector<T> y(n), z(n);
                 if (kernel(x.data(), y.data(), flag) != StatusOk || Traits<T>::generic(x.data(), z.data(), n, flag) != StatusOk ||
                     std::memcmp(y.data(), z.data(), n * sizeof(T)) != 0) {
@@ -118,7 +112,7 @@ std::vector<BenchRow> bench() {
         BenchRow row;
         row.label = "N=" + std::to_string(n);
         const auto kernel = Traits<T>::sized(n);
-        const auto x = randomInput<T>(n, 7u + n);
+        const auto x = kfpg::tool::randomSignal<T>(n, 7u + n);
         std::vector<kfpg::bench::Body> bodies;
 #ifdef KFPG_HAVE_FFTW
         using F = Fftw<T>;
@@ -133,14 +127,14 @@ std::vector<BenchRow> bench() {
         T* out = outStore.data();
 #endif
         row.oursError = kfpg::tool::rmsOverInputs([&](unsigned input) {
-            const auto xi = randomInput<T>(n, 7u + n + 1000u * input);
+            const auto xi = kfpg::tool::randomSignal<T>(n, 7u + n + 1000u * input);
             std::memcpy(in, xi.data(), n * sizeof(T));
             kernel(in, out, ScaleNone);
             return errorOf(out, xi.data(), n, 1);
         });
 #ifdef KFPG_HAVE_FFTW
         row.peerError = kfpg::tool::rmsOverInputs([&](unsigned input) {
-            const auto xi = randomInput<T>(n, 7u + n + 1000u * input);
+            const auto xi = kfpg::tool::randomSignal<T>(n, 7u + n + 1000u * input);
             std::memcpy(peerIn, xi.data(), n * sizeof(T));
             F::execute(plan, peerIn, peerOut);
             return errorOf(peerOut, xi.data(), n, 1);

@@ -68,12 +68,6 @@ struct Traits<double> {
 };
 
 template <class T>
-std::vector<T> randomInput(int n, unsigned seed) {
-    const auto r = kfpg::ref::randomReals(static_cast<std::size_t>(n), seed);
-    return std::vector<T>(r.begin(), r.end());
-}
-
-template <class T>
 double errorOf(const T* got, const T* x, int n, Layout layout, kfpg::ref::Real scale) {
     auto want = kfpg::ref::realDftPacked(std::vector<kfpg::ref::Real>(x, x + n), layout);
     for (auto& v : want) v *= scale;
@@ -93,7 +87,7 @@ CheckSummary check() {
             ++s.kernels;
             for (int flag : {ScaleFwdByN, ScaleInvByN, ScaleBySqrtN, ScaleNone})
                 for (unsigned seed = 1; seed <= 3; ++seed) {
-                    const auto x = randomInput<T>(n, seed * 89u + n);
+                    const auto x = kfpg::tool::randomSignal<T>(n, seed * 89u + n);
                     std::vector<T> y(count), z(count);
                     if (kernel(x.data(), y.data(), flag) != StatusOk ||
                         Traits<T>::generic(layout)(x.data(), z.data(), n, flag) != StatusOk ||
@@ -115,22 +109,7 @@ CheckSummary check() {
 
 #ifdef KFPG_HAVE_FFTW
 template <class T>
-struct Fftw;
-template <>
-struct Fftw<float> : kfpg::tool::FftwCommon<float> {
-    static Plan plan(int n, float* in, float* out) {
-        return fftwf_plan_dft_r2c_1d(n, in, reinterpret_cast<fftwf_complex*>(out), FFTW_PATIENT);
-    }
-    static void execute(Plan p, float* in, float* out) { fftwf_execute_dft_r2c(p, in, reinterpret_cast<fftwf_complex*>(out)); }
-};
-template <>
-struct Fftw<double> : kfpg::tool::FftwCommon<double> {
-    static Plan plan(int n, double* in, double* out) {
-        return fftw_plan_dft_r2c_1d(n, in, reinterpret_cast<fftw_complex*>(out), FFTW_PATIENT);
-    }
-    static void execute(Plan p, double* in, double* out) { fftw_execute_dft_r2c(p, in, reinterpret_cast<fftw_complex*>(out)); }
-};
-
+using Fftw = kfpg::tool::FftwR2c<T>;
 #endif
 
 template <class T>
@@ -149,7 +128,7 @@ std::vector<BenchRow> bench() {
             return arrays.back();
         };
         T *in = array(n), *out = array(count), *peerIn = array(n), *peerOut = array(count);
-        const auto x = randomInput<T>(n, 5u + n);
+        const auto x = kfpg::tool::randomSignal<T>(n, 5u + n);
         std::memcpy(in, x.data(), n * sizeof(T));
         std::vector<kfpg::bench::Body> bodies;
         for (Layout layout : {Layout::CCS, Layout::Pack, Layout::Perm}) {
@@ -157,7 +136,7 @@ std::vector<BenchRow> bench() {
             bodies.push_back(kfpg::bench::repeated([=] { kernel(in, out, ScaleNone); }, out));
         }
         row.oursError = kfpg::tool::rmsOverInputs([&](unsigned input) {
-            const auto xi = randomInput<T>(n, 5u + n + 1000u * input);
+            const auto xi = kfpg::tool::randomSignal<T>(n, 5u + n + 1000u * input);
             std::vector<T> y(count);
             Traits<T>::sized(n, Layout::CCS)(xi.data(), y.data(), ScaleNone);
             return errorOf(y.data(), xi.data(), n, Layout::CCS, 1);
@@ -166,7 +145,7 @@ std::vector<BenchRow> bench() {
         using F = Fftw<T>;
         auto plan = F::plan(n, peerIn, peerOut);
         row.peerError = kfpg::tool::rmsOverInputs([&](unsigned input) {
-            const auto xi = randomInput<T>(n, 5u + n + 1000u * input);
+            const auto xi = kfpg::tool::randomSignal<T>(n, 5u + n + 1000u * input);
             std::memcpy(peerIn, xi.data(), n * sizeof(T));
             F::execute(plan, peerIn, peerOut);
             return errorOf(peerOut, xi.data(), n, Layout::CCS, 1);

@@ -139,10 +139,6 @@ struct Fftw<float> : kfpg::tool::FftwCommon<float> {
         return fftwf_plan_dft_c2r_1d(n, reinterpret_cast<fftwf_complex*>(in), out, FFTW_PATIENT | FFTW_PRESERVE_INPUT);
     }
     static void execute(Plan p, float* in, float* out) { fftwf_execute_dft_c2r(p, reinterpret_cast<fftwf_complex*>(in), out); }
-    static Plan forwardPlan(int n, float* in, float* out) {
-        return fftwf_plan_dft_r2c_1d(n, in, reinterpret_cast<fftwf_complex*>(out), FFTW_PATIENT);
-    }
-    static void forward(Plan p, float* in, float* out) { fftwf_execute_dft_r2c(p, in, reinterpret_cast<fftwf_complex*>(out)); }
 };
 template <>
 struct Fftw<double> : kfpg::tool::FftwCommon<double> {
@@ -150,10 +146,6 @@ struct Fftw<double> : kfpg::tool::FftwCommon<double> {
         return fftw_plan_dft_c2r_1d(n, reinterpret_cast<fftw_complex*>(in), out, FFTW_PATIENT | FFTW_PRESERVE_INPUT);
     }
     static void execute(Plan p, double* in, double* out) { fftw_execute_dft_c2r(p, reinterpret_cast<fftw_complex*>(in), out); }
-    static Plan forwardPlan(int n, double* in, double* out) {
-        return fftw_plan_dft_r2c_1d(n, in, reinterpret_cast<fftw_complex*>(out), FFTW_PATIENT);
-    }
-    static void forward(Plan p, double* in, double* out) { fftw_execute_dft_r2c(p, in, reinterpret_cast<fftw_complex*>(out)); }
 };
 
 #endif
@@ -162,10 +154,7 @@ struct Fftw<double> : kfpg::tool::FftwCommon<double> {
 // by 1/N) of ours and, next to it, of FFTW's r2c and c2r.
 template <class T>
 std::string roundTripNote(int n) {
-    auto signal = [&](unsigned input) {
-        const auto r = kfpg::ref::randomReals(static_cast<std::size_t>(n), 5u + n + 1000u * input);
-        return std::vector<T>(r.begin(), r.end());
-    };
+    auto signal = [&](unsigned input) { return kfpg::tool::randomSignal<T>(n, 5u + n + 1000u * input); };
     auto error = [](const T* got, const std::vector<T>& x) {
         return kfpg::ref::relativeL2(got, std::vector<kfpg::ref::Real>(x.begin(), x.end()));
     };
@@ -178,14 +167,15 @@ std::string roundTripNote(int n) {
     }));
 #ifdef KFPG_HAVE_FFTW
     using F = Fftw<T>;
+    using R2c = kfpg::tool::FftwR2c<T>;
     T* real = static_cast<T*>(F::alloc(n * sizeof(T)));
     T* spectrum = static_cast<T*>(F::alloc((n + 2) * sizeof(T)));
-    auto forward = F::forwardPlan(n, real, spectrum), inverse = F::plan(n, spectrum, real);
+    auto forward = R2c::plan(n, real, spectrum), inverse = F::plan(n, spectrum, real);
     const T scale = T(1) / T(n);  // one multiplication per output, as ours
     note += ", FFTW " + kfpg::tool::shortNumber(kfpg::tool::rmsOverInputs([&](unsigned input) {
         const auto x = signal(input);
         std::memcpy(real, x.data(), n * sizeof(T));
-        F::forward(forward, real, spectrum);
+        R2c::execute(forward, real, spectrum);
         F::execute(inverse, spectrum, real);
         for (int i = 0; i < n; ++i) real[i] *= scale;
         return error(real, x);
