@@ -238,7 +238,23 @@ NodeId Dag::shuffleHalves(NodeId a, NodeId b, const std::vector<int>& from) {
 
 NodeId Dag::narrow(NodeId a) {
     if (separate() && nodes_[a].op == Op::Neg) return neg(narrow(nodes_[a].a));
-    if (!nodes_[a].wide) return a;
+    const Node n = nodes_[a];
+    if (!n.wide) return a;
+    // A product of a narrow value by powers of two (as the kernel holds its
+    // constants, in double) is exact in double and rounds once either way:
+    // it is the same product in the narrow type, without the widening and
+    // the rounding.
+    if (n.op == Op::Scale && !nodes_[n.a].wide) {
+        std::vector<Real> c;
+        for (const Complex& k : constants_[n.arg]) {
+            int exponent;
+            const double held = static_cast<double>(k.real());
+            if (k.imag() != 0 || std::fabs(std::frexp(held, &exponent)) != 0.5) return make(Op::Narrow, a);
+            c.push_back(held);
+        }
+        WideScope narrowProduct(*this, false);
+        return scaleLanes(c, n.a);
+    }
     return make(Op::Narrow, a);
 }
 

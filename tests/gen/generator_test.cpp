@@ -109,6 +109,26 @@ TEST(Simplifier, PrecisionMarksStayWhereTheyWereSet) {
     EXPECT_FALSE(d.node(d.add(x, y)).wide);
 }
 
+TEST(Simplifier, ProductsByPowersOfTwoRoundedAloneNeedNoWidening) {
+    Dag d(ValueKind::Real, 2);
+    const NodeId x = d.input(0);
+    NodeId half, byThree, ofWide;
+    {
+        Dag::WideScope wide(d);
+        // cos(2 pi / 3) in long double is not exactly -1/2; the kernel holds it in double, where it is.
+        half = d.scaleLanes({std::cos(2 * std::acos(-1.0L) / 3), 0.25L}, x);
+        byThree = d.scaleLanes({0.5L, 0.75L}, x);
+        ofWide = d.scale(0.5L, d.add(x, d.input(1)));
+    }
+    const Node& exact = d.node(d.narrow(half));
+    ASSERT_EQ(exact.op, Op::Scale);
+    EXPECT_FALSE(exact.wide);
+    EXPECT_EQ(exact.a, x);
+    EXPECT_EQ(d.constant(exact.arg)[0].real(), -0.5L);
+    EXPECT_EQ(d.node(d.narrow(byThree)).op, Op::Narrow);
+    EXPECT_EQ(d.node(d.narrow(ofWide)).op, Op::Narrow);
+}
+
 TEST(Simplifier, RealDagsRejectComplexOperations) {
     Dag d(ValueKind::Real, 4);
     EXPECT_THROW(d.mulI(1, d.input(0)), std::logic_error);
