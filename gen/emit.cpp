@@ -43,6 +43,7 @@ public:
         markUsedLanes(order);
         markSignsAtStores(order);
         if (o_.mode == EmitMode::RealPairs) markProductRuns(order);
+        if (o_.mode == EmitMode::RealPairs) markLaneMovesInDouble(order);
         if (o_.mode == EmitMode::RealPairs && !f64()) startFloatLanes();
 
         std::map<NodeId, std::vector<int>> outputsOf;
@@ -232,6 +233,41 @@ private:
         if (runStart_.count(id))
             line(pairType(wide) + " " + copy->second + " = " + operand + "; __asm__(\"\" : \"+x\"(" + copy->second + "));");
         return copy->second;
+    }
+
+    // Single-precision RealPairs: lane moves that save conversions by moving
+    // double-precision values. A move of two single-use roundings is one
+    // rounding of the move of their double-precision values (one conversion
+    // fewer); the widened copy of a move of two values that are widened
+    // anyway is the move of their widened copies (a shuffle instead of a
+    // conversion), and the single-precision move is then made only if some
+    // single-precision operation takes it.
+    void markLaneMovesInDouble(const std::vector<NodeId>& order) {
+        const std::size_t count = dag_.nodes().size();
+        std::vector<int> uses = usesIn(order);
+        std::vector<char> wideUse(count, 0), narrowUse(count, 0);
+        for (const Output& out : dag_.outputs()) ++uses[out.value], narrowUse[out.value] = 1;
+        for (NodeId id : order) {
+            const Node& n = dag_.node(id);
+            const bool wide = wideNode(id) && n.op != Op::Neg;
+            for (NodeId x : {n.a, n.b})
+                if (x >= 0) (wide && !wideNode(x) ? wideUse : narrowUse)[x] = 1;
+        }
+        auto roundedOnce = [&](NodeId x) { return dag_.node(x).op == Op::Narrow && uses[x] == 1 && !signAtStore_[x]; };
+        roundingOfMove_.assign(count, 0), movedRounding_.assign(count, 0), movedWide_.assign(count, 0), wideOnlyMove_.assign(count, 0);
+        if (f64()) return;
+        for (NodeId id : order) {
+            const Node& n = dag_.node(id);
+            if (n.op != Op::Shuffle || wideNode(id)) continue;
+            if (n.a != n.b && roundedOnce(n.a) && roundedOnce(n.b)) {
+                roundingOfMove_[id] = movedRounding_[n.a] = movedRounding_[n.b] = 1;
+                continue;
+            }
+            if (wideUse[id] && wideUse[n.a] && wideUse[n.b]) movedWide_[id] = 1, wideOnlyMove_[id] = !narrowUse[id];
+        }
+    }
+    static std::string wideLaneMove(const std::string& a, const std::string& b, int arg) {
+        return "_mm_shuffle_pd(" + a + ", " + b + ", " + std::to_string((arg & 1) | ((arg >> 1) & 1) << 1) + ")";
     }
 
     // Which lanes of each value some output needs (bit l = lane l).
@@ -466,6 +502,12 @@ private:
         const std::string w = "w" + std::to_string(x);
         if (!widened_.count(x)) {
             widened_.insert(x);
+            const Node& n = dag_.node(x);
+            if (movedWide_[x]) {
+                ++counts_.shuffles;
+                line("const __m128d " + w + " = " + wideLaneMove(pairOperand(n.a, true), pairOperand(n.b, true), n.arg) + ";");
+                return w;
+            }
             ++counts_.arithmetic;
             line("const __m128d " + w + " = _mm_cvtps_pd(" + var(x) + ");");
         }
@@ -520,9 +562,18 @@ private:
                     expr = pairCall("mul", wide, productOperand(id, wide), pairConstant(c0, c1, wide));
                 break;
             }
-            case Op::Narrow: ++counts_.arithmetic, expr = "_mm_cvtpd_ps(" + var(n.a) + ")"; break;
+            case Op::Narrow:
+                if (movedRounding_[id]) return;
+                ++counts_.arithmetic, expr = "_mm_cvtpd_ps(" + var(n.a) + ")";
+                break;
             case Op::Shuffle: {
                 const int la = n.arg & 1, lb = (n.arg >> 1) & 1;
+                if (!wide && roundingOfMove_[id]) {
+                    ++counts_.arithmetic, ++counts_.shuffles;
+                    expr = "_mm_cvtpd_ps(" + wideLaneMove(var(dag_.node(n.a).a), var(dag_.node(n.b).a), n.arg) + ")";
+                    break;
+                }
+                if (!wide && wideOnlyMove_[id]) return;
                 if (!wide) {  // shuffles counted by floatLanes_
                     expr = floatLanes_->select({var(n.a), la}, {var(n.b), lb});
                     break;
@@ -629,6 +680,10 @@ private:
     OpCounts counts_;
     std::vector<int> usedLanes_;
     std::set<NodeId> widened_;
+    // see markLaneMovesInDouble: moves made as one rounding, the roundings
+    // they take in, moves widened as a move of widened values, and of those
+    // the ones no single-precision operation takes
+    std::vector<char> roundingOfMove_, movedRounding_, movedWide_, wideOnlyMove_;
     std::unique_ptr<FloatLanes> floatLanes_;  // single-precision RealPairs memory and lane moves
     std::vector<char> signAtStore_;           // see markSignsAtStores
     std::set<std::string> signedScales_;      // the signed scale factors made so far

@@ -320,4 +320,44 @@ TEST(Emitter, WideRegionsAreComputedInDoubleAndRoundedOnce) {
     EXPECT_NE(body.find("0x1.bb67ae8584caap-1"), std::string::npos) << "sqrt(3)/2 as a double constant";
 }
 
+// Single precision moves lanes of double-precision values where that saves
+// conversions: a widened move of widened values is a shuffle of them, and a
+// move of two roundings used nowhere else is one rounding of the move.
+TEST(Emitter, SinglePrecisionLaneMovesSaveConversions) {
+    auto count = [](const std::string& body, const std::string& what) {
+        int n = 0;
+        for (std::size_t at = body.find(what); at != std::string::npos; at = body.find(what, at + 1)) ++n;
+        return n;
+    };
+    EmitOptions o;
+    o.mode = EmitMode::RealPairs;
+    o.precision = Precision::F32;
+    o.load = [](int i) { return "pSrc + " + std::to_string(i); };
+    o.store = [](int i) { return "pDst + " + std::to_string(i); };
+    o.scaleVar = "sc";
+    Dag moved(ValueKind::Real, 2);
+    const NodeId x = moved.inputLanes({0, 1});
+    NodeId p, q;
+    {
+        Dag::WideScope wide(moved);
+        p = moved.scale(0.75L, x);
+        q = moved.scale(0.375L, moved.shuffle(x, 1, x, 0));
+    }
+    moved.outputLanes({0, 1}, moved.narrow(moved.add(p, q)));
+    const std::string widened = emitBody(moved, o).body;
+    EXPECT_EQ(count(widened, "_mm_cvtps_pd("), 1) << widened;
+    EXPECT_EQ(count(widened, "_mm_shuffle_pd("), 1) << widened;
+
+    Dag rounded(ValueKind::Real, 2);
+    NodeId a, b;
+    {
+        Dag::WideScope wide(rounded);
+        a = rounded.scale(0.75L, rounded.inputLanes({0, 1}));
+        b = rounded.scale(0.375L, rounded.inputLanes({2, 3}));
+    }
+    rounded.outputLanes({0, 1}, rounded.shuffle(rounded.narrow(a), 0, rounded.narrow(b), 1));
+    const std::string once = emitBody(rounded, o).body;
+    EXPECT_EQ(count(once, "_mm_cvtpd_ps("), 1) << once;
+}
+
 }  // namespace
