@@ -25,6 +25,10 @@ struct RealDftOptions {
     // The DAG is built to be transposed: every length takes its
     // row for transposition (RowUse::forTransposition, real_dft_table.h).
     bool forTransposition = false;
+    // The blocked direct sums create each block's sine sums before its
+    // cosine sums (their transposes then come in the other order, which
+    // decides which lane each takes when they pair).
+    bool sinesFirst = false;
     // The length itself splits into its factors the other way round
     // (swappedFactors); the blocks inside keep their rows.
     bool swapFactors = false;

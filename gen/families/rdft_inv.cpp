@@ -49,21 +49,22 @@ struct Kernel {
     bool interior(int k) const { return hasImaginary(n, k); }
 };
 
-RealDftOptions forwardOptions(bool f32, bool swapFactors) {
+RealDftOptions forwardOptions(bool f32, bool swapFactors, bool sinesFirst = false) {
     RealDftOptions options;
     options.wideProducts = f32;
     options.wideSums = f32;
     options.forTransposition = true;
+    options.sinesFirst = sinesFirst;
     options.swapFactors = swapFactors;
     return options;
 }
 
 // The forward real DFT of length n, R_k at output 2k and I_k at 2k + 1.
-Dag forwardDag(int n, bool f32, bool swapFactors) {
+Dag forwardDag(int n, bool f32, bool swapFactors, bool sinesFirst) {
     Dag dag(ValueKind::Real, 1, Signs::Separate);
     std::vector<NodeId> x;
     for (int i = 0; i < n; ++i) x.push_back(dag.input(i));
-    const HalfSpectrum X = buildRealDft(dag, x, forwardOptions(f32, swapFactors));
+    const HalfSpectrum X = buildRealDft(dag, x, forwardOptions(f32, swapFactors, sinesFirst));
     for (int k = 0; k <= n / 2; ++k) {
         dag.output(2 * k, X.re[k]);
         if (hasImaginary(n, k)) dag.output(2 * k + 1, X.im[k]);
@@ -138,10 +139,16 @@ Dag buildKernelDag(const Kernel& k, const Dag& forward, const std::vector<NodeId
 
 // The same inverse built to be paired in two ways: by its own builder loop
 // instances, or as the forward DAG's lanes pair by instances (the other ways
-// of pairing the forward DAG measured no better than these two).
+// of pairing the forward DAG measured no better than these two); each from
+// the forward DAG with its direct sums' cosine or sine blocks first.
 std::vector<Dag> kernelDags(const Kernel& k, bool swapFactors) {
-    const Dag forward = forwardDag(k.n, k.f32(), swapFactors);
-    return {buildKernelDag(k, forward, {}), buildKernelDag(k, forward, lanePartners(forward, Depth::Instances))};
+    std::vector<Dag> dags;
+    for (bool sinesFirst : {false, true}) {
+        const Dag forward = forwardDag(k.n, k.f32(), swapFactors, sinesFirst);
+        dags.push_back(buildKernelDag(k, forward, {}));
+        dags.push_back(buildKernelDag(k, forward, lanePartners(forward, Depth::Instances)));
+    }
+    return dags;
 }
 
 // Refuses a DAG that does not compute the inverse real DFT (long-double evaluation).
