@@ -89,7 +89,7 @@ std::string realKernelFunction(const RealKernelText& k) {
     static const char* const directions[] = {"Forward", "Inverse", "SelfInverse"};
     const Real n = k.n;
     const std::string options = std::string(k.body.counts.total() >= kKeptOrderFrom ? "\"no-tree-ter\", " : "") + "\"no-tree-slp-vectorize\"";
-    std::string s = "extern \"C\" KFPG_API __attribute__((optimize(" + options + "))) KfpStatus " + k.name + "(const " + type +
+    std::string s = "extern \"C\" KFPG_API __attribute__((optimize(" + options + "), aligned(64))) KfpStatus " + k.name + "(const " + type +
                     "* pSrc, " + type + "* pDst, int flag) {\n";
     s += "    if (!pSrc || !pDst) return StatusNullPointer;\n";
     s += "    static constexpr kfpg::FlagFactors<" + t + "> kFactors = kfpg::flagFactors<" + t + ">(kfpg::ScaleDirection::" +
