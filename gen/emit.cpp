@@ -42,8 +42,7 @@ public:
         if (o_.schedule == Schedule::CreationNearUse) order = productsNearUse(order);
         markUsedLanes(order);
         markSignsAtStores(order);
-        if (o_.mode == EmitMode::RealPairs) markProductRuns(order);
-        if (o_.mode == EmitMode::RealPairs) markLaneMovesInDouble(order);
+        if (o_.mode == EmitMode::RealPairs) markProductRuns(order), markLaneMovesInDouble(order);
         if (o_.mode == EmitMode::RealPairs && !f64()) startFloatLanes();
 
         std::map<NodeId, std::vector<int>> outputsOf;
@@ -502,8 +501,8 @@ private:
         const std::string w = "w" + std::to_string(x);
         if (!widened_.count(x)) {
             widened_.insert(x);
-            const Node& n = dag_.node(x);
             if (movedWide_[x]) {
+                const Node& n = dag_.node(x);
                 ++counts_.shuffles;
                 line("const __m128d " + w + " = " + wideLaneMove(pairOperand(n.a, true), pairOperand(n.b, true), n.arg) + ";");
                 return w;
@@ -568,18 +567,18 @@ private:
                 break;
             case Op::Shuffle: {
                 const int la = n.arg & 1, lb = (n.arg >> 1) & 1;
-                if (!wide && roundingOfMove_[id]) {
+                if (roundingOfMove_[id]) {
                     ++counts_.arithmetic, ++counts_.shuffles;
                     expr = "_mm_cvtpd_ps(" + wideLaneMove(var(dag_.node(n.a).a), var(dag_.node(n.b).a), n.arg) + ")";
                     break;
                 }
-                if (!wide && wideOnlyMove_[id]) return;
+                if (wideOnlyMove_[id]) return;
                 if (!wide) {  // shuffles counted by floatLanes_
                     expr = floatLanes_->select({var(n.a), la}, {var(n.b), lb});
                     break;
                 }
                 ++counts_.shuffles;
-                expr = "_mm_shuffle_pd(" + pairOperand(n.a, true) + ", " + pairOperand(n.b, true) + ", " + std::to_string(la | lb << 1) + ")";
+                expr = wideLaneMove(pairOperand(n.a, true), pairOperand(n.b, true), n.arg);
                 break;
             }
             default: throw std::logic_error("RealPairs: unsupported operation");

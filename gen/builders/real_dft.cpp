@@ -180,13 +180,10 @@ private:
                 std::vector<NodeId> cosineSums(m), sineSums(m);
                 for (int k0 = 1; k0 <= m; k0 += kRowsPerBlock) {
                     const int k1 = std::min(m + 1, k0 + kRowsPerBlock), group = dag_.newInstanceGroup();
-                    if (options_.sinesFirst) {
-                        rowSums(k0, k1, m, sine, d, product, group, sineSums);
-                        rowSums(k0, k1, m, cosine, s, product, group, cosineSums);
-                    } else {
-                        rowSums(k0, k1, m, cosine, s, product, group, cosineSums);
-                        rowSums(k0, k1, m, sine, d, product, group, sineSums);
-                    }
+                    auto cosines = [&] { rowSums(k0, k1, m, cosine, s, product, group, cosineSums); };
+                    auto sines = [&] { rowSums(k0, k1, m, sine, d, product, group, sineSums); };
+                    if (options_.sinesFirst) sines(), cosines();
+                    else cosines(), sines();
                 }
                 for (int k = 1; k <= m; ++k) {
                     const NodeId c = cosineSums[k - 1], si = sineSums[k - 1];

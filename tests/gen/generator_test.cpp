@@ -12,6 +12,7 @@
 #include "builders/dft_table.h"
 #include "dag.h"
 #include "emit.h"
+#include "emitted_text.h"
 #include "evaluate.h"
 
 namespace {
@@ -324,11 +325,6 @@ TEST(Emitter, WideRegionsAreComputedInDoubleAndRoundedOnce) {
 // conversions: a widened move of widened values is a shuffle of them, and a
 // move of two roundings used nowhere else is one rounding of the move.
 TEST(Emitter, SinglePrecisionLaneMovesSaveConversions) {
-    auto count = [](const std::string& body, const std::string& what) {
-        int n = 0;
-        for (std::size_t at = body.find(what); at != std::string::npos; at = body.find(what, at + 1)) ++n;
-        return n;
-    };
     EmitOptions o;
     o.mode = EmitMode::RealPairs;
     o.precision = Precision::F32;
@@ -345,8 +341,8 @@ TEST(Emitter, SinglePrecisionLaneMovesSaveConversions) {
     }
     moved.outputLanes({0, 1}, moved.narrow(moved.add(p, q)));
     const std::string widened = emitBody(moved, o).body;
-    EXPECT_EQ(count(widened, "_mm_cvtps_pd("), 1) << widened;
-    EXPECT_EQ(count(widened, "_mm_shuffle_pd("), 1) << widened;
+    EXPECT_EQ(occurrences(widened, "_mm_cvtps_pd("), 1u) << widened;
+    EXPECT_EQ(occurrences(widened, "_mm_shuffle_pd("), 1u) << widened;
 
     Dag rounded(ValueKind::Real, 2);
     NodeId a, b;
@@ -357,7 +353,7 @@ TEST(Emitter, SinglePrecisionLaneMovesSaveConversions) {
     }
     rounded.outputLanes({0, 1}, rounded.shuffle(rounded.narrow(a), 0, rounded.narrow(b), 1));
     const std::string once = emitBody(rounded, o).body;
-    EXPECT_EQ(count(once, "_mm_cvtpd_ps("), 1) << once;
+    EXPECT_EQ(occurrences(once, "_mm_cvtpd_ps("), 1u) << once;
 }
 
 }  // namespace

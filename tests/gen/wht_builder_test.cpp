@@ -9,6 +9,7 @@
 #include "builders/walsh_hadamard.h"
 #include "dag.h"
 #include "emit.h"
+#include "emitted_text.h"
 #include "evaluate.h"
 
 namespace {
@@ -129,12 +130,6 @@ EmitResult emitRow(bool loadsAligned, bool storesAligned) {
     o.load = [](int e) { return "pSrc + " + std::to_string(e); };
     o.store = [](int e) { return "pDst + " + std::to_string(e); };
     return emitBody(dag, o);
-}
-
-std::size_t occurrences(const std::string& text, const std::string& what) {
-    std::size_t n = 0;
-    for (auto at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) ++n;
-    return n;
 }
 
 TEST(VerticalEmitter, SplitsLoadAndStoreAlignment) {
