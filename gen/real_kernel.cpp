@@ -88,7 +88,8 @@ std::string realKernelFunction(const RealKernelText& k) {
     const std::string t = f32 ? "float" : "double", type = f32 ? "kfp32f" : "kfp64f";
     static const char* const directions[] = {"Forward", "Inverse", "SelfInverse"};
     const Real n = k.n;
-    const std::string options = std::string(k.body.counts.total() >= kKeptOrderFrom ? "\"no-tree-ter\", " : "") + "\"no-tree-slp-vectorize\"";
+    std::string options = std::string(k.body.counts.total() >= kKeptOrderFrom ? "\"no-tree-ter\", " : "") + "\"no-tree-slp-vectorize\"";
+    if (f32 && onlyShortDirectBlocks(k.n)) options += ", \"schedule-insns\", \"sched-pressure\"";
     std::string s = "extern \"C\" KFPG_API __attribute__((optimize(" + options + "), aligned(64))) KfpStatus " + k.name + "(const " + type +
                     "* pSrc, " + type + "* pDst, int flag) {\n";
     s += "    if (!pSrc || !pDst) return StatusNullPointer;\n";

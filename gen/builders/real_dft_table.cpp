@@ -66,6 +66,23 @@ bool factorsMaySwap(const RealRow& row) { return row.method == RealMethod::Prime
 
 RealRow swappedFactors(const RealRow& row) { return {row.n, row.method, row.n2, row.n1}; }
 
+namespace {
+
+// A two-stage row whose blocks, at every depth, are butterflies,
+// convolutions or direct sums of at most nine points.
+bool twoStageWithShortBlocks(const RealRow& row) {
+    if (row.method != RealMethod::CooleyTukey && row.method != RealMethod::PrimeFactor) return false;
+    auto shortBlock = [](int size) {
+        const RealRow& b = rowFor(size, {.singlePrecision = true, .block = true});
+        return b.method == RealMethod::Direct ? size <= 9 : b.method == RealMethod::Butterfly || b.method == RealMethod::Convolution || twoStageWithShortBlocks(b);
+    };
+    return shortBlock(row.n1) && shortBlock(row.n2);
+}
+
+}  // namespace
+
+bool onlyShortDirectBlocks(int n) { return twoStageWithShortBlocks(rowFor(n, {.singlePrecision = true})); }
+
 const char* realMethodName(RealMethod m) {
     switch (m) {
         case RealMethod::Butterfly: return "butterfly";

@@ -55,6 +55,11 @@ const RealRow& rowFor(int n, const RowUse& use);
 bool factorsMaySwap(const RealRow& row);
 RealRow swappedFactors(const RealRow& row);
 
+// Whether n is a two-stage length whose blocks, at every depth, are no
+// direct sums of more than nine points (as single-precision kernels take
+// them: 31 is a convolution as a block).
+bool onlyShortDirectBlocks(int n);
+
 const char* realMethodName(RealMethod m);
 
 // The method with its column x row sizes, e.g. "prime-factor 5x3", for the op tables.
