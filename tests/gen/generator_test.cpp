@@ -274,53 +274,6 @@ TEST_P(BuilderByLength, EveryScheduleDefinesValuesBeforeTheirUse) {
 
 INSTANTIATE_TEST_SUITE_P(AllLengths, BuilderByLength, ::testing::Range(2, 65));
 
-TEST(Emitter, VerticalModeUsesTheFamilysAddressesAndWholeVectors) {
-    Dag d(ValueKind::Real, 4);
-    const NodeId a = d.input(0), b = d.input(1);
-    d.output(0, d.add(a, b));
-    d.output(1, d.sub(a, b));
-    EmitOptions o;
-    o.mode = EmitMode::Vertical;
-    o.precision = Precision::F32;
-    o.load = [](int i) { return "pSrc + " + std::to_string(i) + " * stride"; };
-    o.store = [](int i) { return "pDst + " + std::to_string(i) + " * stride"; };
-    const EmitResult r = emitBody(d, o);
-    EXPECT_NE(r.body.find("_mm_load_ps((const float*)(pSrc + 1 * stride))"), std::string::npos) << r.body;
-    EXPECT_NE(r.body.find("_mm_store_ps((float*)(pDst + 1 * stride)"), std::string::npos) << r.body;
-    EXPECT_EQ(r.counts.loads, 2);
-    EXPECT_EQ(r.counts.stores, 2);
-    EXPECT_EQ(r.counts.arithmetic, 2);
-}
-
-TEST(Emitter, VerticalConstantsAreBroadcastOrGoElementByElement) {
-    EmitOptions o;
-    o.mode = EmitMode::Vertical;
-    o.precision = Precision::F64;
-    o.load = o.store = [](int i) { return "p + " + std::to_string(i); };
-    Dag one(ValueKind::Real, 1);
-    one.output(0, one.scale(0.5L, one.input(0)));
-    EXPECT_NE(emitBody(one, o).body.find("_mm_setr_pd(0x1p-1, 0x1p-1)"), std::string::npos);
-    Dag two(ValueKind::Real, 2);
-    two.output(0, two.scaleLanes({0.5L, 0.25L}, two.input(0)));
-    EXPECT_NE(emitBody(two, o).body.find("_mm_setr_pd(0x1p-1, 0x1p-2)"), std::string::npos);
-    Dag three(ValueKind::Real, 3);
-    three.output(0, three.input(0));
-    EXPECT_THROW(emitBody(three, o), std::logic_error);
-}
-
-TEST(Emitter, WideRegionsAreComputedInDoubleAndRoundedOnce) {
-    Dag d(ValueKind::Complex, 1);
-    buildComplexDft(d, 3, ComplexDftOptions{-1, true});
-    EmitOptions o;
-    o.mode = EmitMode::Scalar;
-    o.precision = Precision::F32;
-    const std::string body = emitBody(d, o).body;
-    EXPECT_NE(body.find("const double"), std::string::npos);
-    EXPECT_NE(body.find("(double)"), std::string::npos);
-    EXPECT_NE(body.find("(float)"), std::string::npos);
-    EXPECT_NE(body.find("0x1.bb67ae8584caap-1"), std::string::npos) << "sqrt(3)/2 as a double constant";
-}
-
 // Single precision moves lanes of double-precision values where that saves
 // conversions: a widened move of widened values is a shuffle of them, and a
 // move of two roundings used nowhere else is one rounding of the move.

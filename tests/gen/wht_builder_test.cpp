@@ -110,13 +110,6 @@ TEST(ShuffleHalves, LowLanesFromTheFirstValueHighLanesFromTheSecond) {
     EXPECT_THROW(dag.shuffleHalves(a, b, {0, 1, 4, 0}), std::logic_error);
 }
 
-TEST(ShuffleHalves, TwoLaneFormIsTheSameNode) {
-    Dag dag(ValueKind::Complex, 2);
-    const NodeId a = dag.input(0), b = dag.input(1);
-    EXPECT_EQ(dag.shuffle(a, 1, b, 0), dag.shuffleHalves(a, b, {1, 0}));
-    EXPECT_EQ(dag.shuffle(a, 0, a, 1), a);
-}
-
 // One order-5 row of four-float vectors, emitted for an unaligned source and
 // an aligned destination.
 EmitResult emitRow(bool loadsAligned, bool storesAligned) {
@@ -141,17 +134,6 @@ TEST(VerticalEmitter, SplitsLoadAndStoreAlignment) {
     const EmitResult other = emitRow(true, false);
     EXPECT_EQ(occurrences(other.body, "_mm_load_ps("), 8u);
     EXPECT_EQ(occurrences(other.body, "_mm_storeu_ps("), 8u);
-}
-
-TEST(VerticalEmitter, SignFlipsAreXorsWithPerLaneMasks) {
-    const EmitResult row = emitRow(true, true);
-    EXPECT_EQ(occurrences(row.body, "_mm_mul_ps("), 0u);
-    EXPECT_EQ(occurrences(row.body, "_mm_xor_ps("), 16u);  // two lane bits, eight vectors
-    EXPECT_EQ(occurrences(row.body, "_mm_shuffle_ps("), 16u);
-    // The masks flip the upper lane of each pair, then the upper pair.
-    EXPECT_NE(row.body.find("_mm_setr_ps(0x0p+0f, -0x0p+0f, 0x0p+0f, -0x0p+0f)"), std::string::npos);
-    EXPECT_NE(row.body.find("_mm_setr_ps(0x0p+0f, 0x0p+0f, -0x0p+0f, -0x0p+0f)"), std::string::npos);
-    EXPECT_EQ(row.counts.shuffles, 16);
 }
 
 }  // namespace
