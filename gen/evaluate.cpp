@@ -4,24 +4,36 @@
 #include <limits>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace kfpg::gen {
 
 Complex unitRoot(long k, long n, int sign) {
     k %= n;
     if (k < 0) k += n;
-    // Exact values on the axes and diagonals keep the simplifier's special cases exact.
-    if (k == 0) return {1, 0};
-    if (2 * k == n) return {-1, 0};
-    if (4 * k == n) return {0, static_cast<Real>(sign)};
-    if (4 * k == 3 * n) return {0, static_cast<Real>(-sign)};
-    const Real angle = 2 * 3.14159265358979323846264338327950288L * static_cast<Real>(k) / static_cast<Real>(n);
-    Real c = std::cos(angle), s = std::sin(angle);
-    if (8 * k == n || 8 * k == 3 * n || 8 * k == 5 * n || 8 * k == 7 * n) {
-        const Real h = std::sqrt(0.5L);
-        c = std::copysign(h, c), s = std::copysign(h, s);
+    // The angle folded into the first octant, in units of a full turn / 8n:
+    // angles of equal cosine or sine magnitude get the same long double bits,
+    // so the simplifier shares their products. The axes, diagonals and the
+    // multiples of 30 degrees are exact.
+    long a = 8 * k;
+    Real cosSign = 1, sinSign = 1;
+    if (a > 4 * n) a = 8 * n - a, sinSign = -1;
+    if (a > 2 * n) a = 4 * n - a, cosSign = -1;
+    const bool swapped = a > n;
+    if (swapped) a = 2 * n - a;
+    Real c, s;
+    if (a == 0) {
+        c = 1, s = 0;
+    } else if (a == n) {
+        c = s = std::sqrt(0.5L);
+    } else if (3 * a == 2 * n) {  // 30 degrees
+        c = std::sqrt(3.0L) / 2, s = 0.5L;
+    } else {
+        const Real angle = 2 * 3.14159265358979323846264338327950288L * static_cast<Real>(a) / static_cast<Real>(8 * n);
+        c = std::cos(angle), s = std::sin(angle);
     }
-    return {c, sign * s};
+    if (swapped) std::swap(c, s);
+    return {cosSign * c + 0, sign * sinSign * s + 0};  // + 0: no negative zeros
 }
 
 std::vector<Complex> naiveDft(const std::vector<Complex>& x, int sign) {

@@ -18,9 +18,15 @@ constexpr RealMethod PF = RealMethod::PrimeFactor;
 // alike; 61 up to 18% faster in single precision and 4-11% slower in
 // double), and the direct sums are more accurate (the convolutions of 31
 // and 61 had 9-16% more error than FFTW's in double precision). Only as the
-// columns of 62 is 31 a convolution (RowUse::block): the two columns share
-// vectors and then gain from the fewer multiplications (62 in double
-// precision 18-35% slower with direct columns).
+// single-precision columns of 62 is 31 a convolution (RowUse::block): the
+// two columns share vectors and then gain from the fewer multiplications.
+// In double precision 62's direct columns are 20-25% slower but have 10-15%
+// less error than FFTW's, where the convolutions had 2-8% more.
+// 9 is direct, not 3 x 3: in single precision each twiddle of the 3 x 3
+// steps widens, multiplies and rounds again (24-33% slower), and in double
+// precision the steps had 1-3% more error than FFTW's at 9 and 27, the
+// direct sums 3-25% less at every length made with 9 (and up to 12% more
+// time at 9, 27, 36 and 54).
 // The columns (first stage, real data) mostly take the larger factor and the
 // rows (second stage, complex data but for row 0 and the Nyquist row) the
 // smaller one, so that only small complex transforms are needed. Where the
@@ -33,7 +39,7 @@ constexpr RealMethod PF = RealMethod::PrimeFactor;
 // x[4m + r]), which leaves only 45-degree and real twiddles in the Nyquist row.
 const RealRow kRows[] = {
     {2, B, 0, 0},     {3, D, 0, 0},     {4, B, 0, 0},     {5, D, 0, 0},     {6, PF, 3, 2},    {7, D, 0, 0},
-    {8, CT, 2, 4},    {9, CT, 3, 3},    {10, PF, 5, 2},   {11, D, 0, 0},    {12, PF, 4, 3},   {13, D, 0, 0},
+    {8, CT, 2, 4},    {9, D, 0, 0},     {10, PF, 5, 2},   {11, D, 0, 0},    {12, PF, 4, 3},   {13, D, 0, 0},
     {14, PF, 7, 2},   {15, PF, 5, 3},   {16, CT, 4, 4},   {17, D, 0, 0},    {18, PF, 9, 2},   {19, D, 0, 0},
     {20, PF, 5, 4},   {21, PF, 7, 3},   {22, PF, 11, 2},  {23, D, 0, 0},    {24, PF, 8, 3},   {25, CT, 5, 5},
     {26, PF, 13, 2},  {27, CT, 9, 3},   {28, PF, 7, 4},   {29, D, 0, 0},    {30, PF, 5, 6},  {31, D, 0, 0},
@@ -55,10 +61,9 @@ const RealRow& realRow(int n) {
 }
 
 const RealRow& rowFor(int n, const RowUse& use) {
-    static const RealRow kEightTransposed{8, CT, 4, 2}, kNineSingle{9, D, 0, 0}, kThirtyOneBlock{31, C, 0, 0};
+    static const RealRow kEightTransposed{8, CT, 4, 2}, kThirtyOneBlock{31, C, 0, 0};
     if (use.forTransposition && n == 8) return kEightTransposed;
-    if (use.singlePrecision && n == 9) return kNineSingle;
-    if (use.block && n == 31) return kThirtyOneBlock;
+    if (use.block && use.singlePrecision && n == 31) return kThirtyOneBlock;
     return realRow(n);
 }
 

@@ -28,10 +28,7 @@ const RealRow& realRow(int n);
 
 // How a builder takes a length.
 struct RowUse {
-    // Single-precision kernels: 9 is direct there. Its twiddled 3 x 3 steps
-    // each widen, multiply and round again (measured 24-33% slower than the
-    // direct sums, and the lengths with 9 as a block 3-33% slower); in
-    // double precision the 3 x 3 steps are 3-11% faster.
+    // Single-precision kernels.
     bool singlePrecision = false;
     // A DFT built to be transposed (the inverse real DFT): 8 splits 4 x 2
     // (decimation in time). Its transpose multiplies (R_1 - R_3) and
@@ -40,7 +37,7 @@ struct RowUse {
     // Both take two multiplications.
     bool forTransposition = false;
     // A block (a column or row transform) of a larger length: 31 is a
-    // convolution there.
+    // convolution there in single precision.
     bool block = false;
 };
 

@@ -4,7 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <random>
+#include <set>
 
 #include "builders/real_dft.h"
 #include "builders/real_dft_table.h"
@@ -92,23 +94,40 @@ TEST_P(RealBuilder, ComputesTheDftInBothPrecisionModesAndFactorOrders) {
 
 // Multiplications of the two-stage and butterfly lengths follow from their
 // factors' counts: no extra products hide in the twiddles or index maps.
+// Both precisions, whose tables differ in the blocks.
 TEST_P(RealBuilder, CountsOfTheTwoStageLengthsAddUp) {
     const int n = GetParam();
-    auto muls = [](int len) {
-        Dag dag(ValueKind::Real, 1, Signs::Separate);
-        buildInto(dag, len, {});
-        return countFlops(dag).muls;
-    };
-    const RealRow& row = realRow(n);
-    if (row.method == RealMethod::Direct) EXPECT_EQ(muls(n), 2L * ((n - 1) / 2) * ((n - 1) / 2));
-    if (row.method != RealMethod::PrimeFactor) return;
-    const long wholeColumns = row.n2 * muls(row.n1) + row.n1 * muls(row.n2);
-    // A column that is a fast convolution as a block (31 in 62) takes fewer
-    // multiplications than the same length built on its own (direct).
-    if (rowFor(row.n1, {false, false, true}).method == RealMethod::Convolution)
-        EXPECT_LT(muls(n), wholeColumns);
-    else
-        EXPECT_EQ(muls(n), wholeColumns);
+    for (bool single : {false, true}) {
+        auto muls = [single](int len) {
+            Dag dag(ValueKind::Real, 1, Signs::Separate);
+            buildInto(dag, len, {.wideProducts = single});
+            return countFlops(dag).muls;
+        };
+        const RealRow& row = realRow(n);
+        if (row.method == RealMethod::Direct) {
+            // One product per operand and distinct constant magnitude other
+            // than 0 and 1: x_j + x_{n-j} by cosines, x_j - x_{n-j} by sines
+            // (2 m^2 for a prime).
+            const int m = (n - 1) / 2;
+            std::set<std::pair<int, long long>> cosines, sines;
+            for (int j = 1; j <= m; ++j)
+                for (int k = 1; k <= m; ++k) {
+                    const long double angle = 2 * 3.14159265358979323846L * (j * k % n) / n;
+                    for (auto [set, c] : {std::pair{&cosines, std::fabs(std::cos(angle))}, {&sines, std::fabs(std::sin(angle))}})
+                        if (c > 1e-12L && c < 1 - 1e-12L) set->insert({j, std::llround(c * 1e12L)});
+                }
+            EXPECT_EQ(muls(n), static_cast<long>(cosines.size() + sines.size())) << "single " << single;
+        }
+        if (row.method != RealMethod::PrimeFactor) continue;
+        const long wholeColumns = row.n2 * muls(row.n1) + row.n1 * muls(row.n2);
+        // A column that is a fast convolution as a block (31 in 62, single
+        // precision) takes fewer multiplications than the same length built
+        // on its own (direct).
+        if (rowFor(row.n1, {.singlePrecision = single, .block = true}).method == RealMethod::Convolution)
+            EXPECT_LT(muls(n), wholeColumns) << "single " << single;
+        else
+            EXPECT_EQ(muls(n), wholeColumns) << "single " << single;
+    }
 }
 
 TEST_P(RealBuilder, LanePairingComputesTheSameOutputs) {
