@@ -75,9 +75,9 @@ long OrderBuild::cost() const {
     return total;
 }
 
-OrderBuild bestFactorOrder(int n, const std::function<OrderBuild(bool swap)>& build) {
+OrderBuild bestFactorOrder(int n, const RowUse& use, const std::function<OrderBuild(bool swap)>& build) {
     OrderBuild best = build(false);
-    if (!factorsMaySwap(realRow(n))) return best;
+    if (!factorsMaySwap(realRow(n)) || builtForAccuracy(n, use)) return best;
     OrderBuild swapped = build(true);
     const bool sameMultiplications = swapped.flops.at(0).muls == best.flops.at(0).muls;
     return sameMultiplications && swapped.cost() < best.cost() ? swapped : best;

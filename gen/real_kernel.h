@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "builders/real_dft_table.h"
 #include "dag.h"
 #include "emit.h"
 
@@ -34,8 +35,9 @@ struct OrderBuild {
 // Builds length n in its table's factor order and, where factorsMaySwap
 // allows, in the swapped one, and keeps the order whose kernels emit the
 // fewest instructions in all among those with the table order's
-// multiplications (all layouts take the same order: one arithmetic).
-OrderBuild bestFactorOrder(int n, const std::function<OrderBuild(bool swap)>& build);
+// multiplications (all layouts take the same order: one arithmetic). A
+// kernel built for accuracy (builtForAccuracy, with `use`) keeps the table order.
+OrderBuild bestFactorOrder(int n, const RowUse& use, const std::function<OrderBuild(bool swap)>& build);
 
 // The top of every generated file of a real-data family.
 inline constexpr const char* kRealKernelPreamble =

@@ -18,8 +18,9 @@ struct Term {
 
 class Transposer {
 public:
-    Transposer(Dag& target, const Dag& forward)
-        : t_(target), f_(forward), terms_(forward.nodes().size()), narrowSum_(terms_.size(), -1), wideSum_(terms_.size(), -1) {
+    Transposer(Dag& target, const Dag& forward, bool twoChains)
+        : t_(target), f_(forward), twoChains_(twoChains), terms_(forward.nodes().size()), narrowSum_(terms_.size(), -1),
+          wideSum_(terms_.size(), -1), secondSum_(terms_.size(), -1), received_(terms_.size(), 0), uses_(terms_.size(), 0) {
         if (f_.kind() != ValueKind::Real || f_.lanes() != 1) throw std::logic_error("transposition needs a one-lane real DAG");
         markLive();
         findWideRegions();
@@ -105,9 +106,10 @@ private:
         for (NodeId id = static_cast<NodeId>(live_.size()) - 1; id >= 0; --id) {
             if (!live_[id]) continue;
             const Node& n = f_.node(id);
-            if (n.a >= 0) live_[n.a] = 1;
-            if (n.b >= 0) live_[n.b] = 1;
+            if (n.a >= 0) live_[n.a] = 1, ++uses_[n.a];
+            if (n.b >= 0) live_[n.b] = 1, ++uses_[n.b];
         }
+        for (const Output& o : f_.outputs()) ++uses_[o.value];
     }
 
     // Connected wide nodes form a region; a region with an addition is a sum
@@ -157,11 +159,14 @@ private:
     // transposed block of sums runs block by block, as the forward one did.
     // A wide share joins the wide sum; the others join the plain sum, but
     // for a value that also gets wide shares: those are kept in order for
-    // adjoint() to place the wide sum among them.
+    // adjoint() to place the wide sum among them. With two chains, the
+    // plain sum of three or more contributions takes the first half of them
+    // and a second sum the rest.
     void addTerm(NodeId to, NodeId value, bool wideSum) {
         if (getsWideTerms_[to]) terms_[to].push_back({value, wideSum});
-        NodeId& sum = wideSum ? wideSum_[to] : narrowSum_[to];
         if (!wideSum && getsWideTerms_[to]) return;
+        const bool second = twoChains_ && !getsWideTerms_[to] && uses_[to] >= 3 && 2 * received_[to]++ >= uses_[to];
+        NodeId& sum = second ? secondSum_[to] : wideSum ? wideSum_[to] : narrowSum_[to];
         Dag::WideScope scope(t_, wideSum || f_.node(to).wide);
         sum = sum < 0 ? value : t_.add(sum, value);
     }
@@ -169,7 +174,11 @@ private:
     // The sum of a node's contributions in the order they came; the shares of
     // wide sum regions are summed in double where the first of them stood.
     NodeId adjoint(NodeId id) {
-        if (!getsWideTerms_[id]) return narrowSum_[id];
+        if (!getsWideTerms_[id]) {
+            if (secondSum_[id] < 0) return narrowSum_[id];
+            Dag::WideScope scope(t_, f_.node(id).wide);
+            return t_.add(narrowSum_[id], secondSum_[id]);
+        }
         const NodeId wide = wideSum_[id] < 0 ? -1 : t_.narrow(wideSum_[id]);
         const std::vector<Term>& terms = terms_[id];
         NodeId sum = -1;
@@ -185,8 +194,11 @@ private:
 
     Dag& t_;
     const Dag& f_;
+    const bool twoChains_;
     std::vector<std::vector<Term>> terms_;     // of the values that get wide shares
     std::vector<NodeId> narrowSum_, wideSum_;  // sums built term by term (addTerm)
+    std::vector<NodeId> secondSum_;            // the second chains
+    std::vector<int> received_, uses_;         // contributions so far, and in all (consumers and outputs)
     std::vector<char> live_, getsWideTerms_;
     std::vector<NodeId> region_;
     std::vector<char> sumRegion_;
@@ -195,8 +207,8 @@ private:
 }  // namespace
 
 std::vector<NodeId> transposeInto(Dag& target, const Dag& forward, const std::vector<NodeId>& y, int inputCount,
-                                  const std::vector<NodeId>& partners) {
-    return Transposer(target, forward).run(y, inputCount, partners);
+                                  const std::vector<NodeId>& partners, bool twoChainSums) {
+    return Transposer(target, forward, twoChainSums).run(y, inputCount, partners);
 }
 
 }  // namespace kfpg::gen

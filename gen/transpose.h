@@ -28,7 +28,11 @@ namespace kfpg::gen {
 // `partners` (lanePartners of forward), the nodes made for each node of a
 // forward pair form an instance of that pair's own group, so that the
 // transposed network can be paired as the forward one was.
+//
+// `twoChainSums`: every plain (not wide) sum of three or more contributions
+// is formed as two chains, the first half of the contributions and the
+// rest, then added: as many additions, shorter chains, less rounding error.
 std::vector<NodeId> transposeInto(Dag& target, const Dag& forward, const std::vector<NodeId>& y, int inputCount,
-                                  const std::vector<NodeId>& partners = {});
+                                  const std::vector<NodeId>& partners = {}, bool twoChainSums = false);
 
 }  // namespace kfpg::gen

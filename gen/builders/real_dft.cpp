@@ -33,7 +33,8 @@ class Builder {
 public:
     // n: the whole length (its row may be swapped), or 0 for blocks only.
     Builder(Dag& dag, const RealDftOptions& options, int n = 0)
-        : dag_(dag), options_(options), n_(n), row_(n ? realRowBuilt(n, options) : RealRow{}) {}
+        : dag_(dag), options_(options), n_(n), row_(n ? realRowBuilt(n, options) : RealRow{}),
+          twoChains_(n && !options.forTransposition && builtForAccuracy(n, {.singlePrecision = options.wideProducts})) {}
 
     // Whole spectrum X[0..n-1] of n real values; X[n-k] is conj(X[k]), free.
     Spectrum real(const std::vector<NodeId>& x) {
@@ -314,9 +315,16 @@ private:
                  std::vector<NodeId>& sums) {
         auto term = [&](int k, int j) { return product(c(k, 1) < 0 ? -c(k, j) : c(k, j), v[j]); };
         const NodeId begin = dag_.nextId();
-        for (int k = k0; k < k1; ++k) sums[k - 1] = term(k, 1);
-        for (int j = 2; j <= terms; ++j)
-            for (int k = k0; k < k1; ++k) sums[k - 1] = dag_.add(sums[k - 1], term(k, j));
+        // One chain over all terms, or two: terms 1..half and the rest.
+        const int half = twoChains_ ? (terms + 1) / 2 : terms;
+        std::vector<NodeId> second(sums.size());
+        for (int j = 1; j <= terms; ++j)
+            for (int k = k0; k < k1; ++k) {
+                NodeId& sum = j <= half ? sums[k - 1] : second[k - 1];
+                sum = j == 1 || j == half + 1 ? term(k, j) : dag_.add(sum, term(k, j));
+            }
+        if (half < terms)
+            for (int k = k0; k < k1; ++k) sums[k - 1] = dag_.add(sums[k - 1], second[k - 1]);
         dag_.markInstance(begin, group);
     }
 
@@ -401,6 +409,7 @@ private:
     RealDftOptions options_;
     int n_;        // the whole length
     RealRow row_;  // and its row
+    bool twoChains_;  // its direct sums as two chains (builtForAccuracy)
 };
 
 }  // namespace

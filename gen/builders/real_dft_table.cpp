@@ -67,6 +67,10 @@ const RealRow& rowFor(int n, const RowUse& use) {
     return realRow(n);
 }
 
+bool builtForAccuracy(int n, const RowUse& use) {
+    return !use.singlePrecision && (n == 7 || n == 11 || (n == 14 && use.forTransposition));
+}
+
 bool factorsMaySwap(const RealRow& row) { return row.method == RealMethod::PrimeFactor && row.n > 12; }
 
 RealRow swappedFactors(const RealRow& row) { return {row.n, row.method, row.n2, row.n1}; }

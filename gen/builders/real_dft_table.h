@@ -44,6 +44,16 @@ struct RowUse {
 // realRow(n), or the row that `use` changes it to.
 const RealRow& rowFor(int n, const RowUse& use);
 
+// Whether a kernel is built for the least rounding error rather than for
+// the fewest instructions: the double-precision 7 and 11, and the inverse
+// of 14, whose fastest forms had 1-5% more error than FFTW's. Such a kernel
+// forms its direct sums as two chains of half the terms each, then adds
+// them (shorter chains round less; as many additions); a transposed one
+// (the inverse) forms every sum of three or more contributions that way.
+// And it keeps its table's factor order (the inverse 14 as 2 x 7 had 2%
+// more error than FFTW's).
+bool builtForAccuracy(int n, const RowUse& use);
+
 // Whether a length's two factors may also be taken the other way round
 // (columns of n2, rows of n1): the prime-factor lengths above 12, whose
 // factor order is free (the shorter ones are written out operation by

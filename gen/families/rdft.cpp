@@ -105,7 +105,7 @@ void generate(SourceSet& out) {
     out.reportLine(header);
     for (Precision p : {Precision::F32, Precision::F64})
         for (int n = 2; n <= 64; ++n) {
-            const OrderBuild chosen = bestFactorOrder(n, [&](bool swap) {
+            const OrderBuild chosen = bestFactorOrder(n, {.singlePrecision = p == Precision::F32}, [&](bool swap) {
                 OrderBuild b{swap, {}, {}};
                 for (Layout layout : kLayouts) {
                     const Kernel k{n, p, layout};

@@ -116,7 +116,8 @@ Dag transposedDag(const Kernel& k, const Dag& forward, const std::vector<NodeId>
             y[slot] = value;
             if (doublings && k.interior(f)) (*doublings)[slot] = value;
         }
-    const std::vector<NodeId> x = transposeInto(dag, forward, y, k.n, partners);
+    const std::vector<NodeId> x =
+        transposeInto(dag, forward, y, k.n, partners, builtForAccuracy(k.n, {.singlePrecision = k.f32(), .forTransposition = true}));
     for (int j = 0; j < k.n; ++j) dag.output(j, x[j]);
     return dag;
 }
@@ -186,7 +187,7 @@ void generate(SourceSet& out) {
     out.reportLine(header);
     for (Precision p : {Precision::F32, Precision::F64})
         for (int n = 2; n <= 64; ++n) {
-            const OrderBuild chosen = bestFactorOrder(n, [&](bool swap) {
+            const OrderBuild chosen = bestFactorOrder(n, {.singlePrecision = p == Precision::F32, .forTransposition = true}, [&](bool swap) {
                 OrderBuild b{swap, {}, {}};
                 for (Layout layout : kLayouts) {
                     const Kernel k{n, p, layout};
