@@ -8,13 +8,17 @@ with the rates tools/limits/pipes.py measures here (conversions and sign
 flips run on the adders; shuffles and register copies only take issue
 slots). For each family and precision it prints the FFTW/ours geometric mean
 now, the one at that floor, the share of the floor the kernels reach, and
-the share a target ratio would need.
-Usage: tools/limits/floor.py LIBRARY BENCH_CSV [--ghz G] [--lengths]"""
+the share a target ratio would need; with --kinds, how many kernels each
+limit binds and what share of the instructions are register copies,
+constant loads, spill loads and stores, and shuffles.
+Usage: tools/limits/floor.py LIBRARY BENCH_CSV [--ghz G] [--lengths] [--kinds]"""
 import argparse, collections, csv, math, re, subprocess
 
 ADDER = {"addpd", "subpd", "addps", "subps", "addsd", "subsd", "addss", "subss", "cvtps2pd", "cvtpd2ps",
          "xorpd", "xorps", "andpd", "andps", "orpd", "orps"}
 MULTIPLIER = {"mulpd", "mulps", "mulsd", "mulss"}
+SHUFFLE = {"shufps", "shufpd", "unpcklps", "unpckhps", "unpcklpd", "unpckhpd", "movhlps", "movlhps", "movddup"}
+KINDS = ("copy", "const", "spill", "shuffle")
 KERNELS = {"rdft": "kfpgDFTFwd_RToCCS_{n}_{p}", "rdft-inv": "kfpgDFTInv_CCSToR_{n}_{p}", "dht": "kfpgHartley_{n}_{p}"}
 TARGETS = {"rdft": 2.0, "rdft-inv": 2.5, "dht": 2.5}
 
@@ -41,11 +45,23 @@ def instruction_mix(library):
             current["mul"] += 1
         if "(" in args and "lea" not in op:
             current["store" if args.rstrip().endswith(")") else "load"] += 1
+        if op in ("movaps", "movapd", "movdqa") and "(" not in args:
+            current["copy"] += 1
+        elif op.startswith("mov") and "(%rip)" in args:
+            current["const"] += 1  # a constant loaded on its own, not as an operand
+        elif "(%rsp)" in args:
+            current["spill"] += 1
+        elif op in SHUFFLE and "(" not in args:
+            current["shuffle"] += 1
     return mix
 
 
+def limits(c):
+    return {"adders": c["add"] / 2, "multipliers": c["mul"] / 2, "loads": c["load"] / 2, "stores": c["store"] / 2, "issue": c["all"] / 6}
+
+
 def floor_ns(c, ghz):
-    return max(c["add"] / 2, c["mul"] / 2, c["load"] / 2, c["store"] / 2, c["all"] / 6) / ghz
+    return max(limits(c).values()) / ghz
 
 
 def main():
@@ -54,6 +70,7 @@ def main():
     ap.add_argument("bench_csv")
     ap.add_argument("--ghz", type=float, default=4.2)
     ap.add_argument("--lengths", action="store_true", help="print share and ratios per length")
+    ap.add_argument("--kinds", action="store_true", help="print the binding limits and the instruction kinds")
     a = ap.parse_args()
     mix = instruction_mix(a.library)
     rows = collections.defaultdict(dict)
@@ -72,6 +89,12 @@ def main():
               f"share reached {geo([f / o for _, o, _, f in per]):.2f}, share needed for {target} {target / at_floor:.2f}")
         if a.lengths:
             print("  " + " ".join(f"{n}:{f / o:.2f}/{p / o:.2f}" for n, o, p, f in per) + "  (share/ratio)")
+        if a.kinds:
+            counts = [mix[KERNELS[family].format(n=n, p=precision)] for n, *_ in per]
+            binding = collections.Counter(max(limits(c).items(), key=lambda kv: kv[1])[0] for c in counts)
+            total = sum(c["all"] for c in counts)
+            print("  bound by " + ", ".join(f"{k} {v}" for k, v in binding.most_common()) + "; of all instructions: " +
+                  ", ".join(f"{k} {sum(c[k] for c in counts) / total:.0%}" for k in KINDS))
 
 
 if __name__ == "__main__":
