@@ -178,7 +178,7 @@ std::string FloatLanes::select(const Lane& a, const Lane& b) {
     if (a.var == b.var) {
         if (a.lane == 0 && b.lane == 1) return a.var;
         ++shuffles;
-        return "_mm_shuffle_ps(" + a.var + ", " + a.var + ", " + std::to_string(a.lane | b.lane << 2) + ")";
+        return permuted(a.var, a.lane | b.lane << 2);
     }
     const bool named = a.var.find('(') == std::string::npos && b.var.find('(') == std::string::npos;
     const bool interleaveMade = unpacked_.count({a.var, b.var}) || unpacked_.count({b.var, a.var});
@@ -189,8 +189,7 @@ std::string FloatLanes::select(const Lane& a, const Lane& b) {
         const int pa = 2 * a.lane + (a.var != even), pb = 2 * b.lane + (b.var != even);
         if (pa == 0 && pb == 1) return u;
         ++shuffles;
-        if (pa == 2 && pb == 3) return "_mm_movehl_ps(" + u + ", " + u + ")";
-        return "_mm_shuffle_ps(" + u + ", " + u + ", " + std::to_string(pa | pb << 2) + ")";
+        return permuted(u, pa | pb << 2);
     }
     ++shuffles;
     if (a.lane == 0 && b.lane == 0) return "_mm_unpacklo_ps(" + a.var + ", " + b.var + ")";
@@ -199,7 +198,13 @@ std::string FloatLanes::select(const Lane& a, const Lane& b) {
     // (a[la], a[la], b[lb], b[lb]), then its lanes 0 and 2.
     ++shuffles;
     const std::string t = "_mm_shuffle_ps(" + a.var + ", " + b.var + ", " + std::to_string(a.lane * 5 | b.lane * 80) + ")";
-    return "_mm_shuffle_ps(" + t + ", " + t + ", 8)";
+    return permuted(t, 8);
+}
+
+// Lanes of one value in a new order: pshufd writes another register, where
+// shufps of a value onto itself needs a copy whenever the value lives on.
+std::string FloatLanes::permuted(const std::string& x, int imm) {
+    return "_mm_castsi128_ps(_mm_shuffle_epi32(_mm_castps_si128(" + x + "), " + std::to_string(imm) + "))";
 }
 
 // (x0, y0, x1, y1) of values p and q, made once per pair (either order):
@@ -222,6 +227,7 @@ std::string FloatLanes::gather(const std::vector<Lane>& l) {
         const int imm = pos[0] | pos[1] << 2 | pos[2] << 4 | pos[3] << 6;
         if (x == y && imm == 0xE4) return x;
         ++shuffles;
+        if (x == y) return permuted(x, imm);
         return "_mm_shuffle_ps(" + x + ", " + y + ", " + std::to_string(imm) + ")";
     };
     int pos[4] = {l[0].lane, l[1].lane, l[2].lane, l[3].lane};

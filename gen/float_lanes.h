@@ -63,6 +63,7 @@ private:
     std::string spanVar(int spanIndex);
     std::string scaleWithSigns(const std::vector<Lane>& lanes);
     std::string gather(const std::vector<Lane>& lanes);
+    static std::string permuted(const std::string& x, int imm);
     std::pair<std::string, std::string> interleaved(const std::string& p, const std::string& q);
 
     std::function<void(const std::string&)> line_;

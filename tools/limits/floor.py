@@ -17,7 +17,7 @@ import argparse, collections, csv, math, re, subprocess
 ADDER = {"addpd", "subpd", "addps", "subps", "addsd", "subsd", "addss", "subss", "cvtps2pd", "cvtpd2ps",
          "xorpd", "xorps", "andpd", "andps", "orpd", "orps"}
 MULTIPLIER = {"mulpd", "mulps", "mulsd", "mulss"}
-SHUFFLE = {"shufps", "shufpd", "unpcklps", "unpckhps", "unpcklpd", "unpckhpd", "movhlps", "movlhps", "movddup"}
+SHUFFLE = {"pshufd", "shufps", "shufpd", "unpcklps", "unpckhps", "unpcklpd", "unpckhpd", "movhlps", "movlhps", "movddup"}
 KINDS = ("copy", "const", "spill", "shuffle")
 KERNELS = {"rdft": "kfpgDFTFwd_RToCCS_{n}_{p}", "rdft-inv": "kfpgDFTInv_CCSToR_{n}_{p}", "dht": "kfpgHartley_{n}_{p}"}
 TARGETS = {"rdft": 2.0, "rdft-inv": 2.5, "dht": 2.5}
